@@ -1,0 +1,228 @@
+#pragma once
+// Models of the form runtime's simple controls. Behaviour lives here once; a
+// view only shows a model and turns what the user does into its events.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "controls/Event.h"
+
+// Position and size, in the parent's scale units (twips on frmMain).
+struct Rect {
+    int32_t Left = 0;
+    int32_t Top = 0;
+    int32_t Width = 0;
+    int32_t Height = 0;
+};
+
+// What every control has: a name, a place, visibility and an enabled state.
+class Control {
+public:
+    explicit Control(std::string name = {}) : Name(std::move(name)) {}
+    virtual ~Control() = default;
+
+    std::string Name;
+
+    bool Visible() const { return visible_; }
+    void SetVisible(bool v);
+    bool Enabled() const { return enabled_; }
+    void SetEnabled(bool e);
+
+    const Rect& Bounds() const { return bounds_; }
+    // Move with a size below zero raises error 380, "Invalid property value",
+    // and leaves the control as it was.
+    void Move(int32_t left, int32_t top, int32_t width, int32_t height);
+    void SetLeft(int32_t v) { Move(v, bounds_.Top, bounds_.Width, bounds_.Height); }
+    void SetTop(int32_t v) { Move(bounds_.Left, v, bounds_.Width, bounds_.Height); }
+    void SetWidth(int32_t v) { Move(bounds_.Left, bounds_.Top, v, bounds_.Height); }
+    void SetHeight(int32_t v) { Move(bounds_.Left, bounds_.Top, bounds_.Width, v); }
+
+    // Raised after a property that a view shows has changed.
+    Event<> Changed;
+    // Raised when the size changed.
+    Event<> Resize;
+
+protected:
+    void Notify() { Changed.Raise(); }
+
+private:
+    bool visible_ = true;
+    bool enabled_ = true;
+    Rect bounds_;
+};
+
+// A caption: labels, frames, buttons, menu entries.
+class Label : public Control {
+public:
+    using Control::Control;
+    const std::string& Caption() const { return caption_; }
+    void SetCaption(const std::string& c);
+
+private:
+    std::string caption_;
+};
+
+using Frame = Label;
+
+// A text box. Its capacity stands for the limit of the platform's text
+// control: setting a longer text raises error 7, "Out of memory", and leaves
+// the old text.
+class TextBox : public Control {
+public:
+    explicit TextBox(std::string name = {}, size_t capacity = 4u * 1024u * 1024u)
+        : Control(std::move(name)), capacity_(capacity) {}
+
+    const std::string& Text() const { return text_; }
+    void SetText(const std::string& t);
+    size_t Capacity() const { return capacity_; }
+    void SetCapacity(size_t c) { capacity_ = c; }
+    bool Locked = false;
+
+    Event<> Change;
+    // Key code, reference parameter; shift state.
+    Event<int16_t&, int16_t> KeyDown;
+    Event<int16_t&> KeyPress;
+    Event<> LostFocus;
+
+private:
+    std::string text_;
+    size_t capacity_;
+};
+
+// The runtime's scroll bar. Value, Min and Max are 16-bit signed; setting Value
+// outside Min..Max raises error 380. A new Value raises Change.
+class ScrollBar : public Control {
+public:
+    using Control::Control;
+    int16_t Value() const { return value_; }
+    void SetValue(int32_t v);
+    int16_t Min() const { return min_; }
+    void SetMin(int32_t v);
+    int16_t Max() const { return max_; }
+    void SetMax(int32_t v);
+    int16_t LargeChange = 1;
+    int16_t SmallChange = 1;
+
+    Event<> Change;
+
+private:
+    void Clamp();
+    int16_t value_ = 0;
+    int16_t min_ = 0;
+    int16_t max_ = 32767;
+};
+
+// A panel of the status bar.
+struct Panel {
+    std::string Text;
+    int32_t Width = 0;  // hundredths of a millimetre
+};
+
+class StatusBar : public Control {
+public:
+    using Control::Control;
+    // Panels(1) and Panels(2); index from 1.
+    const Panel& Panels(int32_t index) const;
+    void SetPanelText(int32_t index, const std::string& text);
+    void AddPanel(int32_t width);
+    int32_t PanelCount() const { return static_cast<int32_t>(panels_.size()); }
+
+    // Index of the panel from 1.
+    Event<int32_t> PanelDblClick;
+
+private:
+    std::vector<Panel> panels_;
+};
+
+// A button of a toolbar.
+struct ToolButton {
+    enum Style { Default = 0, Separator = 3, Placeholder = 4 };
+    int32_t Index = 0;
+    Style Kind = Default;
+    std::string ToolTipText;
+    int32_t Image = 0;
+    int32_t Width = 0;
+    bool Enabled = true;
+    std::string Path;  // what the button stands for, shown as a tool tip
+};
+
+class Toolbar : public Control {
+public:
+    using Control::Control;
+    ToolButton& Buttons(int32_t index);
+    const ToolButton& Buttons(int32_t index) const;
+    int32_t ButtonCount() const { return static_cast<int32_t>(buttons_.size()); }
+    void AddButton(ToolButton b);
+    void SetButtonEnabled(int32_t index, bool enabled);
+
+    // The clicked button's Index.
+    Event<int32_t> ButtonClick;
+
+private:
+    std::vector<ToolButton> buttons_;
+};
+
+// A menu entry. Entries of a control array share a name and differ by index.
+class MenuItem : public Control {
+public:
+    MenuItem(std::string name, int16_t index, std::string caption, std::string shortcut = {})
+        : Control(std::move(name)), Index(index), Shortcut(std::move(shortcut)), caption_(std::move(caption)) {}
+    int16_t Index;
+    std::string Shortcut;  // "Ctrl+U", or empty
+    const std::string& Caption() const { return caption_; }
+    bool IsSeparator() const { return caption_ == "-"; }
+
+private:
+    std::string caption_;
+};
+
+// A progress bar.
+class ProgressBar : public Control {
+public:
+    using Control::Control;
+    int32_t Min = 0;
+    int32_t Max = 100;
+    int32_t Value() const { return value_; }
+    void SetValue(int32_t v);
+
+private:
+    int32_t value_ = 0;
+};
+
+// An option button; setting one of a group to true is the group's business.
+class OptionButton : public Control {
+public:
+    using Control::Control;
+    std::string Caption;
+    bool Value() const { return value_; }
+    void SetValue(bool v);
+    Event<> Click;
+
+private:
+    bool value_ = false;
+};
+
+class CommandButton : public Control {
+public:
+    using Control::Control;
+    std::string Caption;
+    Event<> Click;
+};
+
+// A picture box: a pixel image that the file classes paint into.
+class PictureBox : public Control {
+public:
+    using Control::Control;
+    int32_t ScaleWidth() const { return Bounds().Width; }
+    int32_t ScaleHeight() const { return Bounds().Height; }
+    uint32_t BackColor = 0x80000008;
+    // Refresh asks the view to repaint.
+    void Refresh() { Notify(); }
+};
+
+// The mouse pointer of the program: 0 default, 11 hourglass.
+struct Screen {
+    int32_t MousePointer = 0;
+    int32_t TwipsPerPixelX = 15;
+    int32_t TwipsPerPixelY = 15;
+};

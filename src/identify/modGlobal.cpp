@@ -1,0 +1,79 @@
+#include "identify/modGlobal.h"
+
+#include <cstdio>
+
+#include "platform/Files.h"
+#include "platform/Runtime.h"
+
+std::string g_sGameFolder;
+bool g_bWin9x = false;
+std::string g_sPkzipPath;
+std::string g_sUnpakPath;
+std::string g_sShortCutPath;
+int16_t g_vPrintFile = 0;
+
+int32_t GetOSPlatform() { return 2; }
+
+namespace {
+// The scan shared by the three name helpers: from the last character to the
+// first, stopping at the first that equals the separator.
+size_t LastOf(const std::string& s, char c) { return s.rfind(c); }
+}  // namespace
+
+std::string GetFileExt(const std::string& sPath) {
+    size_t p = LastOf(sPath, '.');
+    return p == std::string::npos ? std::string() : sPath.substr(p + 1);
+}
+
+std::string GetFileName(const std::string& sPath) {
+    size_t p = LastOf(sPath, g_cPathSep);
+    return p == std::string::npos ? sPath : sPath.substr(p + 1);
+}
+
+std::string GetFolderName(const std::string& sPath) {
+    size_t p = LastOf(sPath, g_cPathSep);
+    return p == std::string::npos ? sPath : sPath.substr(0, p + 1);
+}
+
+bool FileExists(const std::string& sPath) {
+    try {
+        if (!Dir(sPath, vbNormal).empty()) return true;
+        return GetAttr(sPath) > 0;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+bool OpenPrintFile(const std::string& sPath) {
+    try {
+        g_vPrintFile = FreeFile();
+        VbOpen(g_vPrintFile, sPath, VbOpenMode::Output);
+        return true;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+bool PrintToFile(const std::string& sLine) {
+    try {
+        VbPrintLine(g_vPrintFile, sLine);
+        return true;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+bool ClosePrintFile() {
+    try {
+        VbClose(g_vPrintFile);
+        return true;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+std::string PadSize(int32_t value) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%16d", value);
+    return buf;
+}

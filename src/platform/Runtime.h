@@ -1,0 +1,79 @@
+#pragma once
+// The form runtime's services that the logic relies on: its error object, the
+// program's own name and folder, DoEvents, and arithmetic that overflows the way
+// the runtime's 16- and 32-bit integers do.
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <string>
+
+// Error numbers of the runtime that the program raises or catches by number.
+enum VbErrorNumber : int32_t {
+    vbErrInvalidCall = 5,
+    vbErrOverflow = 6,
+    vbErrOutOfMemory = 7,
+    vbErrSubscript = 9,
+    vbErrTypeMismatch = 13,
+    vbErrBadFileNumber = 52,
+    vbErrFileNotFound = 53,
+    vbErrBadFileMode = 54,
+    vbErrFileAlreadyOpen = 55,
+    vbErrDiskFull = 61,
+    vbErrInputPastEnd = 62,
+    vbErrTooManyFiles = 67,
+    vbErrPermissionDenied = 70,
+    vbErrPathFileAccess = 75,
+    vbErrPathNotFound = 76,
+    vbErrObjectNotSet = 91,
+};
+
+// The runtime's error object, raised as a C++ exception.
+class RuntimeError : public std::exception {
+public:
+    RuntimeError(int32_t number, std::string source, std::string description);
+    int32_t Number;
+    std::string Source;
+    std::string Description;
+    const char* what() const noexcept override { return Description.c_str(); }
+};
+
+// The runtime's own description of one of its error numbers ("Overflow", ...).
+std::string VbErrorDescription(int32_t number);
+
+// Raises a runtime error; an empty description takes the runtime's own text.
+[[noreturn]] void RaiseError(int32_t number, const std::string& source = {}, const std::string& description = {});
+
+namespace App {
+// Base name of the executable, without folder or extension ("quarrin").
+std::string EXEName();
+// Folder of the executable, without a trailing separator.
+std::string Path();
+// Called once by each program's main with argv[0]; falls back to /proc/self/exe.
+void Init(const char* argv0);
+// Lets tests and tools pose as another executable.
+void SetExecutable(const std::string& folder, const std::string& name);
+}  // namespace App
+
+// Lets pending window messages run. The front end fills the hook with its
+// event loop; without one it does nothing.
+void DoEvents();
+void SetDoEventsHook(std::function<void()> hook);
+
+// Arithmetic of the runtime's integer types: a result outside the type raises
+// error 6, "Overflow".
+int16_t VbAdd16(int32_t a, int32_t b);
+int32_t VbAdd32(int64_t a, int64_t b);
+int16_t VbToInteger(int64_t v);
+int32_t VbToLong(int64_t v);
+
+// Val()-like conversion of a decimal text to a 32-bit signed integer: leading
+// blanks ignored, digits up to the first other character. Raises 6 when the
+// number is outside the 32-bit range.
+int32_t VbCLng(const std::string& text);
+
+// Trim, UCase, LCase on byte texts (ASCII case folding; bytes above 127 kept).
+std::string VbTrim(const std::string& s);
+std::string VbUCase(std::string s);
+std::string VbLCase(std::string s);
+// Replace every occurrence of `what` by `with`.
+std::string VbReplace(const std::string& s, const std::string& what, const std::string& with);
