@@ -226,3 +226,15 @@ struct Screen {
     int32_t TwipsPerPixelX = 15;
     int32_t TwipsPerPixelY = 15;
 };
+
+// A form: a window with a handle and a caption. Handles are small positive
+// numbers, unique for the run; the front end maps them to its windows.
+class Form : public Control {
+public:
+    explicit Form(std::string name = {});
+    int32_t hWnd() const { return hWnd_; }
+    std::string Caption;
+
+private:
+    int32_t hWnd_;
+};

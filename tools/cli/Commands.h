@@ -1,0 +1,8 @@
+#pragma once
+// The sub-commands of quarrin-cli. Each takes the arguments behind its own
+// name and gives the exit status.
+#include <string>
+#include <vector>
+
+int CliPak(const std::vector<std::string>& args);
+int CliMesh(const std::vector<std::string>& args);
