@@ -171,6 +171,7 @@ public:
     std::string Shortcut;  // "Ctrl+U", or empty
     const std::string& Caption() const { return caption_; }
     bool IsSeparator() const { return caption_ == "-"; }
+    Event<> Click;
 
 private:
     std::string caption_;
@@ -216,15 +217,29 @@ public:
     int32_t ScaleWidth() const { return Bounds().Width; }
     int32_t ScaleHeight() const { return Bounds().Height; }
     uint32_t BackColor = 0x80000008;
+    // The device context that the file classes paint on.
+    int32_t hDC = 0;
+    // Cls clears the image to the background colour.
+    void Cls() { Notify(); }
     // Refresh asks the view to repaint.
     void Refresh() { Notify(); }
 };
 
-// The mouse pointer of the program: 0 default, 11 hourglass.
-struct Screen {
-    int32_t MousePointer = 0;
+// The screen object: the program's mouse pointer (0 default, 11 hourglass)
+// and the fixed conversion of twips to pixels.
+class Screen {
+public:
+    int32_t MousePointer() const { return mousePointer_; }
+    void SetMousePointer(int32_t p) {
+        mousePointer_ = p;
+        MousePointerChanged.Raise(p);
+    }
     int32_t TwipsPerPixelX = 15;
     int32_t TwipsPerPixelY = 15;
+    Event<int32_t> MousePointerChanged;
+
+private:
+    int32_t mousePointer_ = 0;
 };
 
 // A form: a window with a handle and a caption. Handles are small positive

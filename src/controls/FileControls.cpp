@@ -38,6 +38,12 @@ void DriveListBox::Refresh() {
     Notify();
 }
 
+void DriveListBox::InitDrive(const std::string& d) {
+    if (list_.empty()) list_ = GetDriveList();
+    drive_ = d;
+    Notify();
+}
+
 void DriveListBox::SetDrive(const std::string& d) {
     if (list_.empty()) list_ = GetDriveList();
     drive_ = d;

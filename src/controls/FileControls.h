@@ -17,6 +17,8 @@ public:
     // Setting a drive raises Change, also when the drive can't be read: the
     // folder list finds that out when it goes there.
     void SetDrive(const std::string& d);
+    // Puts the box on a drive at start-up, without an event.
+    void InitDrive(const std::string& d);
     // The drives on offer; read anew by Refresh.
     const std::vector<std::string>& List() const { return list_; }
     void Refresh();

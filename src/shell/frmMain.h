@@ -4,6 +4,7 @@
 // app/ draws these control models and forwards the user's actions to the
 // handlers below.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -96,7 +97,6 @@ public:
     void oStatusBar_PanelDblClick(int32_t index);
     void tReport_Change();
     void tReport_KeyDown(int16_t& KeyCode, int16_t Shift);
-    void oImg_Resize();
 
     // The three offers, each a menu entry and a toolbar button switched together.
     void SetSaveOffer(bool on);

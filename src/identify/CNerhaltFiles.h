@@ -1,0 +1,67 @@
+#pragma once
+// The type recogniser: reads the first eight bytes of a file, names its type
+// from the table of game file types, creates the class that handles the type
+// when there is one, and from then on stands in front of that object.
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "identify/CNerhaltFile.h"
+#include "platform/Files.h"
+
+// A row of the table of game file types.
+struct NerhaltType {
+    int32_t Id;
+    const char* Name;
+    const char* Extension;
+    bool Able2Show;
+    bool Able2Save;
+};
+
+inline constexpr int32_t kNerhaltSignature = 0x6E71;
+
+// The row of an id, or nullptr for an unknown id.
+const NerhaltType* FindNerhaltType(int32_t id);
+// The whole table, twenty rows.
+const NerhaltType* NerhaltTypes(size_t& count);
+
+class CNerhaltFiles {
+public:
+    CNerhaltFiles() = default;
+    ~CNerhaltFiles();
+    CNerhaltFiles(const CNerhaltFiles&) = delete;
+    CNerhaltFiles& operator=(const CNerhaltFiles&) = delete;
+
+    // True when the file is a game file (signed), unless the class in charge
+    // refuses it.
+    bool Initialize(const std::string& lpPathName, int32_t hDesDC, ListView* oLv);
+    bool SaveAs();
+    bool Show(int32_t hDesDC);
+    std::string Information();
+    int32_t Width();
+    int32_t Height();
+
+    const std::string& Extension() const { return m_sExtension; }
+    const std::string& Name() const { return m_sName; }
+    int32_t Id() const { return m_lId; }
+    bool IsAble2Show() const { return m_bAble2Show; }
+    bool IsAble2Save() const { return m_bAble2Save; }
+    // The list view belongs to PAK files alone.
+    bool HideListView() const;
+    // The object of the current file, or nullptr.
+    CNerhaltFile* FileObject() const { return m_oFile.get(); }
+
+private:
+    HFILE m_hFile = 0;
+    std::string m_sPathName;
+    bool m_bSigned = false;
+    bool m_bResult = false;
+    bool m_bAble2Show = false;
+    bool m_bAble2Save = false;
+    bool m_bKnownId = false;
+    int32_t m_lSignature = 0;
+    int32_t m_lId = 0;
+    std::string m_sName;
+    std::string m_sExtension;
+    std::unique_ptr<CNerhaltFile> m_oFile;
+};

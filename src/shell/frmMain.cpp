@@ -1,0 +1,447 @@
+#include "shell/frmMain.h"
+
+#include <new>
+
+#include "hexview/CBINFile.h"
+#include "identify/CNerhaltFiles.h"
+#include "identify/modGlobal.h"
+#include "platform/MessageBox.h"
+#include "platform/Runtime.h"
+
+namespace {
+
+frmMain* g_current = nullptr;
+std::unique_ptr<frmMain> g_owned;
+
+// A step of a handler that runs with errors passed over: a failing step is
+// skipped and the next one runs.
+template <typename F>
+void Step(F&& f) {
+    try {
+        f();
+    } catch (const RuntimeError&) {
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+// The extensions of the files shown as text, compared in upper case.
+bool IsTextExtension(const std::string& ext) {
+    static const char* const kText[] = {"BAT", "MAP", "TIL", "TXT", "ACTS", "CAM", "MVLST"};
+    for (const char* t : kText)
+        if (ext == t) return true;
+    return false;
+}
+
+constexpr size_t kTextCut = 32000;
+
+}  // namespace
+
+frmMain& MainForm() {
+    if (g_current == nullptr) g_owned = std::make_unique<frmMain>();
+    return *g_current;
+}
+
+bool HasMainForm() { return g_current != nullptr; }
+
+frmMain::frmMain() : Form("frmMain") {
+    g_current = this;
+    Caption = "Quarrin (beta version)";
+    // Sizes in twips; the window's outer size holds the client area of
+    // 9135 x 7830 with its frame, caption and menu bar.
+    Move(0, 0, 9255, 8565);
+
+    oToolbar.Move(0, 0, 9135, 360);
+    oToolbar.AddButton({0, ToolButton::Separator, "", 0, 0, true, ""});
+    oToolbar.AddButton({0, ToolButton::Default, "Extract", 6, 0, false, ""});
+    oToolbar.AddButton({0, ToolButton::Default, "Save as ...", 2, 0, true, ""});
+    oToolbar.AddButton({0, ToolButton::Default, "Quick view ...", 3, 0, true, ""});
+
+    oStatusBar.Move(0, 7530, 9135, 300);
+    oStatusBar.AddPanel(13044);
+    oStatusBar.AddPanel(2540);
+
+    fraMain.Move(40, 280, 8655, 6735);
+    oListView.Move(0, 4440, 8655, 2655);
+    oListView.SetVisible(false);
+    oListView.ColumnHeaders = {{"File Name", 4304, ""},
+                               {"Packed Size", 2540, ""},
+                               {"Original Size", 2540, ""},
+                               {"Extension", 2540, ""}};
+    oListView.Sorted = true;
+
+    fraDocMain.Move(160, 500, 8320, 3480);
+    oFolderTbar.Move(120, 150, 1935, 330);
+    oFolderTbar.AddButton({0, ToolButton::Default, "Selvane", 1, 0, true, ""});
+    oFolderTbar.AddButton({0, ToolButton::Default, "Quarrin", 1, 0, true, ""});
+    oFolderTbar.AddButton({0, ToolButton::Default, "Custom", 1, 0, true, ""});
+    oFolderTbar.AddButton({0, ToolButton::Placeholder, "", 0, 100, true, ""});
+    oFolderTbar.AddButton({0, ToolButton::Default, "...", 2, 0, true, ""});
+    oDir.Move(60, 510, 2055, 2565);
+    oDrive.Move(65, 3100, 2055, 315);
+    oFile.Move(2160, 150, 2415, 2820);
+    lInfo.Move(2160, 3000, 2295, 375);
+    tReport.Move(4580, 160, 2055, 3250);
+    tReport.Locked = true;
+    oVScroll.Move(6480, 190, 255, 2950);
+    oVScroll.SetMin(0);
+    oVScroll.SetMax(0);
+    oImg.Move(90, 4080, 8415, 2600);
+X
+    oSSTab.Move(90, 180, 8415, 3855);
+    oSSTab.SetCaption("Documents");
+
+    const char* fileCaptions[] = {"&Open", "S&ave As", "&Show", "-", "E&xit"};
+    for (int16_t i = 0; i < 5; ++i)
+        mnuSubFile.push_back(std::make_unique<MenuItem>("mnuSubFile", i, fileCaptions[i]));
+    mnuSubFile[0]->SetEnabled(false);
+    mnuSubTools.push_back(std::make_unique<MenuItem>("mnuSubTools", 0, "&Unpak", "Ctrl+U"));
+    mnuSubTools.push_back(std::make_unique<MenuItem>("mnuSubTools", 1, "-"));
+    mnuSubTools.push_back(std::make_unique<MenuItem>("mnuSubTools", 2, "O&ptions", "Ctrl+O"));
+    mnuSubTools[0]->SetEnabled(false);
+
+    // Events of the controls, raised synchronously by the models.
+    for (auto& m : mnuSubFile) {
+        int16_t index = m->Index;
+        m->Click.Connect([this, index] { mnuSubFile_Click(index); });
+    }
+    for (auto& m : mnuSubTools) {
+        int16_t index = m->Index;
+        m->Click.Connect([this, index] { mnuSubTools_Click(index); });
+    }
+    oFile.Click.Connect([this] { oFile_Click(); });
+    oFile.DblClick.Connect([this] { oFile_DblClick(); });
+    oFile.KeyPress.Connect([this](int16_t& key) { oFile_KeyPress(key); });
+    oDir.Change.Connect([this] { oDir_Change(); });
+    oDir.KeyPress.Connect([this](int16_t& key) { oDir_KeyPress(key); });
+    oDrive.Change.Connect([this] { oDrive_Change(); });
+    oFolderTbar.ButtonClick.Connect([this](int32_t index) { oFolderTbar_ButtonClick(index); });
+    oToolbar.ButtonClick.Connect([this](int32_t index) { oToolbar_ButtonClick(index); });
+    oListView.ColumnClick.Connect([this](int32_t index) { oListView_ColumnClick(index); });
+    oListView.DblClick.Connect([this] { oListView_DblClick(); });
+    oListView.KeyPress.Connect([this](int16_t key) { oListView_KeyPress(key); });
+    oStatusBar.PanelDblClick.Connect([this](int32_t index) { oStatusBar_PanelDblClick(index); });
+    tReport.Change.Connect([this] { tReport_Change(); });
+    tReport.KeyDown.Connect([this](int16_t& key, int16_t shift) { tReport_KeyDown(key, shift); });
+    Resize.Connect([this] { Form_Resize(); });
+}
+
+frmMain::~frmMain() {
+    // The file objects end before the controls they reach.
+    m_oGameFiles.reset();
+    m_oBinFile.reset();
+    if (g_current == this) g_current = nullptr;
+}
+
+// ---- Start-up and shutdown ------------------------------------------------
+
+void frmMain::Form_Load() {
+    m_lSortColumn = 1;
+    m_lFileKind = fkNone;
+    // The drive list stands on the drive that holds the program.
+    std::string home = App::Path();
+    std::string drive = g_sRootPath;
+    for (const auto& d : GetDriveList())
+        if (d.size() > drive.size() && home.rfind(d, 0) == 0 && (home.size() == d.size() || home[d.size()] == '/'))
+            drive = d;
+    oDrive.InitDrive(drive);
+    Step([&] { oDir.SetPath(App::Path()); });
+    lInfo.SetCaption("Quarrin, by Corvane\r\nVersion 0.97");
+}
+
+void frmMain::Form_Unload(int16_t& Cancel) {
+    Unloaded = true;
+}
+
+void frmMain::Form_Resize() {
+    const int32_t W = WindowWidth();
+    const int32_t H = WindowHeight() - oToolbar.Bounds().Height - oStatusBar.Bounds().Height;
+    Step([&] { oSSTab.SetWidth(W - 340); });
+    Step([&] { fraDocMain.SetWidth(W - 500); });
+    Step([&] { oImg.Move(oImg.Bounds().Left, oImg.Bounds().Top, W - 360, H - oImg.Bounds().Top - 680); });
+    Step([&] { oListView.Move(oImg.Bounds().Left, oImg.Bounds().Top, oImg.Bounds().Width, oImg.Bounds().Height); });
+    Step([&] { fraMain.Move(fraMain.Bounds().Left, fraMain.Bounds().Top, W - 200, H - fraMain.Bounds().Top - 340); });
+    Step([&] { tReport.SetWidth(W - tReport.Bounds().Left - 580); });
+    Step([&] {
+        oVScroll.SetLeft(tReport.Bounds().Left + tReport.Bounds().Width - (oVScroll.Bounds().Width + 30));
+    });
+    Step([&] { tReport_Change(); });
+    if (W < 7200) Step([&] { SetWidth(7200); });
+    if (H < 5600) Step([&] { SetHeight(6400); });
+}
+
+// ---- Selection and preview --------------------------------------------------
+
+std::string frmMain::SelectedPath() const {
+    return VbReplace(oFile.Path() + g_sPathSep + oFile.FileName(), "//", "/");
+}
+
+void frmMain::SetSaveOffer(bool on) {
+    Step([&] { mnuSubFile[1]->SetEnabled(on); });
+    Step([&] { oToolbar.SetButtonEnabled(3, on); });
+}
+
+void frmMain::SetShowOffer(bool on) {
+    Step([&] { mnuSubFile[2]->SetEnabled(on); });
+    Step([&] { oToolbar.SetButtonEnabled(4, on); });
+}
+
+void frmMain::SetExtractOffer(bool on) {
+    Step([&] { mnuSubTools[0]->SetEnabled(on); });
+    Step([&] { oToolbar.SetButtonEnabled(2, on); });
+}
+
+bool frmMain::SaveOffered() const { return mnuSubFile[1]->Enabled(); }
+bool frmMain::ShowOffered() const { return mnuSubFile[2]->Enabled(); }
+bool frmMain::ExtractOffered() const { return mnuSubTools[0]->Enabled(); }
+
+void frmMain::oFile_Click() {
+    m_lFileKind = fkNone;
+    Step([&] { oVScroll.SetVisible(true); });
+    Step([&] {
+        oStatusBar.SetPanelText(1, {});
+        oStatusBar.SetPanelText(2, {});
+    });
+    SetSaveOffer(false);
+    SetShowOffer(false);
+    SetExtractOffer(false);
+    const std::string path = SelectedPath();
+    const std::string ext = VbUCase(GetFileExt(oFile.FileName()));
+
+    bool game = false;
+    Step([&] {
+        if (!m_oGameFiles) m_oGameFiles = std::make_unique<CNerhaltFiles>();
+        game = m_oGameFiles->Initialize(path, oImg.hDC, &oListView);
+    });
+    if (game) {
+        m_lFileKind = fkGame;
+        Step([&] {
+            std::string gameExt = VbUCase(m_oGameFiles->Extension());
+            if (gameExt == "MSH" || gameExt == "AMH") {
+                m_lFileKind = fkNone;
+                SetSaveOffer(m_oGameFiles->IsAble2Save());
+            }
+        });
+        Step([&] { oStatusBar.SetPanelText(2, m_oGameFiles->Extension()); });
+        Step([&] { oStatusBar.SetPanelText(1, m_oGameFiles->Information()); });
+        Step([&] { SetShowOffer(m_oGameFiles->IsAble2Show()); });
+    } else if (IsTextExtension(ext)) {
+        m_lFileKind = fkText;
+        Step([&] { oVScroll.SetVisible(false); });
+        SetShowOffer(true);
+        Step([&] { oStatusBar.SetPanelText(1, "ASCII Formated File"); });
+    }
+    if (ext == "WAV") Step([&] { oStatusBar.SetPanelText(1, "Wav File"); });
+
+    if (m_lFileKind != fkText) {
+        Step([&] {
+            if (!m_oBinFile) m_oBinFile = std::make_unique<CBINFile>(*this);
+            if (m_oBinFile->Initialize(path, 0, &oListView)) m_oBinFile->Show(0);
+        });
+    }
+}
+
+void frmMain::oFile_DblClick() {
+    const std::string ext = VbUCase(GetFileExt(oFile.FileName()));
+    // A wave file is played or stopped by the wave player, never previewed.
+    if (ext == "WAV") return;
+
+    try {
+        screen.SetMousePointer(11);
+        oVScroll.SetVisible(m_lFileKind != fkNone && m_lFileKind != fkText);
+        switch (m_lFileKind) {
+            case fkNone:
+                oVScroll.SetVisible(false);
+                if (m_oGameFiles) m_oGameFiles->Show(0);
+                break;
+            case fkText: {
+                tReport.SetText({});
+                oStatusBar.SetPanelText(2, {});
+                oStatusBar.SetPanelText(1, "ASCII Formated File");
+                // From here on errors no longer end the preview.
+                std::string text;
+                bool failed = false;
+                try {
+                    if (!m_oBinFile) m_oBinFile = std::make_unique<CBINFile>(*this);
+                    std::string path = SelectedPath();
+                    text = m_oBinFile->ReadAll(path);
+                } catch (const RuntimeError&) {
+                    failed = true;
+                } catch (const std::bad_alloc&) {
+                    failed = true;
+                }
+                try {
+                    tReport.SetText(text);
+                } catch (const RuntimeError&) {
+                    failed = true;
+                }
+                if (failed) Step([&] { tReport.SetText(text.substr(0, kTextCut) + "\r\n..."); });
+                break;
+            }
+            case fkGame: {
+                bool listView = !m_oGameFiles->HideListView();
+                oListView.SetVisible(listView);
+                oPicture.SetVisible(!listView);
+                oImg.SetVisible(!listView);
+                SetSaveOffer(m_oGameFiles->IsAble2Save());
+                SetExtractOffer(m_oGameFiles->Extension() == "pak");
+                int32_t height = m_oGameFiles->Height();
+                if (height > 0) oPicture.Move(0, 0, m_oGameFiles->Width(), height);
+                oPicture.Refresh();
+                oPicture.Cls();
+                m_oGameFiles->Show(oPicture.hDC);
+                oPicture.Refresh();
+                oImg.Refresh();
+                break;
+            }
+            default:
+                break;
+        }
+        screen.SetMousePointer(0);
+    } catch (const RuntimeError& e) {
+        Step([&] { oStatusBar.SetPanelText(1, e.Description); });
+        screen.SetMousePointer(0);
+    } catch (const std::bad_alloc&) {
+        Step([&] { oStatusBar.SetPanelText(1, VbErrorDescription(vbErrOutOfMemory)); });
+        screen.SetMousePointer(0);
+    }
+}
+
+void frmMain::oFile_KeyPress(int16_t& KeyAscii) {
+    if (KeyAscii == vbKeyReturn) oFile_DblClick();
+}
+
+// ---- Folder navigation --------------------------------------------------------
+
+void frmMain::oDir_Change() {
+    Step([&] { oFile.SetPath(oDir.Path()); });
+}
+
+void frmMain::oDir_KeyPress(int16_t& KeyAscii) {
+    if (KeyAscii != vbKeyReturn) return;
+    Step([&] { oDir.SetPath(oDir.List(oDir.ListIndex)); });
+}
+
+void frmMain::oDrive_Change() {
+    const std::string remembered = oDir.Path();
+    try {
+        oDir.SetPath(oDrive.Drive());
+    } catch (const RuntimeError&) {
+        Step([&] { oDir.SetPath(remembered); });
+        // The system drive is the fallback; a system drive that can't be read
+        // itself ends here rather than going round again.
+        if (oDrive.Drive() != g_sSystemDrive) Step([&] { oDrive.SetDrive(g_sSystemDrive); });
+    }
+}
+
+void frmMain::oFolderTbar_ButtonClick(int32_t index) {
+    Step([&] {
+        switch (index) {
+            case 1: oDir.SetPath(g_sGameFolder); break;
+            case 2: oDir.SetPath(App::Path()); break;
+            case 3: oDir.SetPath(g_sShortCutPath.empty() ? App::Path() : g_sShortCutPath); break;
+            case 5:
+                // The root has no parent.
+                if (oDir.Path() != g_sRootPath) oDir.SetPath(oDir.Path() + g_sPathSep + "..");
+                break;
+            default: break;
+        }
+    });
+}
+
+// ---- Commands -------------------------------------------------------------------
+
+void frmMain::SaveCommand() {
+    switch (m_lFileKind) {
+        case fkNone:
+        case fkGame:
+            if (m_oGameFiles) m_oGameFiles->SaveAs();
+            break;
+        default: break;
+    }
+}
+
+void frmMain::mnuSubFile_Click(int16_t Index) {
+    switch (Index) {
+        case 0: break;
+        case 1: SaveCommand(); break;
+        case 2: oFile_DblClick(); break;
+        default:
+            if (CloseWindow) {
+                CloseWindow();
+            } else {
+                int16_t cancel = 0;
+                Form_Unload(cancel);
+            }
+            break;
+    }
+}
+
+void frmMain::mnuSubTools_Click(int16_t Index) {
+    if (!ShowModalForm) return;
+    if (Index == 0) ShowModalForm("frmScript");
+    if (Index == 2) ShowModalForm("frmOpt");
+}
+
+void frmMain::oToolbar_ButtonClick(int32_t index) {
+    Step([&] { screen.SetMousePointer(11); });
+    Step([&] {
+        switch (index) {
+            case 2:
+                screen.SetMousePointer(0);
+                mnuSubTools_Click(0);
+                break;
+            case 3: SaveCommand(); break;
+            case 4: oFile_DblClick(); break;
+            default: break;
+        }
+    });
+    Step([&] { screen.SetMousePointer(0); });
+}
+
+void frmMain::oListView_ColumnClick(int32_t index) {
+    oListView.SetSortKey(index - 1);
+    if (index != m_lSortColumn) {
+        oListView.Column(m_lSortColumn).Icon.clear();
+        oListView.Column(index).Icon = "ASC";
+        oListView.SetSortOrder(0);
+        m_lSortColumn = index;
+    } else {
+        ColumnHeader& column = oListView.Column(index);
+        column.Icon = column.Icon == "DESC" ? "ASC" : "DESC";
+        oListView.SetSortOrder(column.Icon == "DESC" ? 1 : 0);
+    }
+    oListView.Refresh();
+}
+
+void frmMain::oListView_DblClick() {
+    if (oToolbar.Buttons(3).Enabled && m_oGameFiles) m_oGameFiles->SaveAs();
+}
+
+void frmMain::oListView_KeyPress(int16_t KeyAscii) {
+    if (KeyAscii == vbKeyReturn) oListView_DblClick();
+}
+
+void frmMain::oStatusBar_PanelDblClick(int32_t index) { MsgBox("Coded by Dovrin", vbOKOnly); }
+
+void frmMain::tReport_Change() { oVScroll.SetEnabled(!tReport.Text().empty()); }
+
+void frmMain::tReport_KeyDown(int16_t& KeyCode, int16_t Shift) {
+    if (!oVScroll.Visible()) return;
+    Step([&] {
+        switch (KeyCode) {
+            case vbKeyHome:
+                if (oVScroll.Value() != oVScroll.Min()) oVScroll.SetValue(oVScroll.Min());
+                break;
+            case vbKeyPageUp:
+                if (oVScroll.Value() != oVScroll.Min()) oVScroll.SetValue(oVScroll.Value() - 1);
+                break;
+            case vbKeyPageDown:
+                if (oVScroll.Value() != oVScroll.Max()) oVScroll.SetValue(oVScroll.Value() + 1);
+                break;
+            case vbKeyEnd:
+                if (oVScroll.Value() != oVScroll.Max()) oVScroll.SetValue(oVScroll.Max());
+                break;
+            default: break;
+        }
+    });
+}
