@@ -86,7 +86,7 @@ frmMain::frmMain() : Form("frmMain") {
     oVScroll.SetMin(0);
     oVScroll.SetMax(0);
     oImg.Move(90, 4080, 8415, 2600);
-X
+    oPicture.Move(150 / 15, 0, 3735 / 15, 2415 / 15);  // oImg's scale unit is the pixel
     oSSTab.Move(90, 180, 8415, 3855);
     oSSTab.SetCaption("Documents");
 
