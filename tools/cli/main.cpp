@@ -1,2 +1,176 @@
+// quarrin-cli: the browser's logic without a window. It runs the main window's
+// handlers on a window that is never shown and prints what they leave in the
+// status bar, the offers and the report pane.
+#include <unistd.h>
+
 #include <cstdio>
-int main() { std::puts("quarrin-cli"); return 0; }
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "Commands.h"
+#include "hexview/CBINFile.h"
+#include "hexview/HexPage.h"
+#include "identify/modGlobal.h"
+#include "platform/Files.h"
+#include "platform/Runtime.h"
+#include "shell/frmMain.h"
+
+namespace {
+
+const char kUsage[] =
+    "Usage: quarrin-cli COMMAND ...\n"
+    "\n"
+    "  select PATH                 what selecting PATH in the file list shows: its kind,\n"
+    "                              the two status panels, the offers and the report pane\n"
+    "  preview PATH                the same after the preview (double click) of PATH\n"
+    "  hex PATH [--page N]         the text of hex page N (from 0) of PATH\n"
+    "  pak list PATH               the members of a PAK, in directory order\n"
+    "  pak save PATH INDEX OUT [--bare]\n"
+    "                              saves member INDEX (from 1) as a ZIP wrapper, or\n"
+    "                              with --bare as the bare stream\n"
+    "  pak unpak PATH DEST [--files PATTERN | --selected I,J,...] [--run]\n"
+    "                              unpacks members into DEST as the Unpak dialog does\n"
+    "  mesh report PATH            the report of a mesh\n"
+    "  mesh export PATH OUT        writes a mesh as a DirectX text model\n"
+    "  --help                      this text\n";
+
+int Fail(const std::string& message) {
+    std::cerr << "quarrin-cli: " << message << "\n";
+    return 1;
+}
+
+// A path must name a file that can be opened for reading.
+bool CheckReadable(const std::string& path, std::string& why) {
+    if (IsDirectory(path)) {
+        why = path + ": is a folder, not a file";
+        return false;
+    }
+    HFILE h = _lopen(path, OF_READ);
+    if (h <= 0) {
+        why = path + ": cannot be opened: " + std::strerror(errno);
+        return false;
+    }
+    _lclose(h);
+    return true;
+}
+
+const char* KindName(int32_t kind) {
+    switch (kind) {
+        case fkText: return "fkText";
+        case fkPicture: return "fkPicture";
+        case fkGame: return "fkGame";
+        default: return "fkNone";
+    }
+}
+
+// Points the file list at the file's folder and selects it, which runs the
+// selection as a click does.
+bool SelectFile(frmMain& form, const std::string& path, std::string& why) {
+    std::string absolute = NormaliseFolder(path);
+    std::string folder = GetFolderName(absolute);
+    std::string name = GetFileName(absolute);
+    try {
+        form.oDir.SetPath(folder);
+    } catch (const RuntimeError& e) {
+        why = folder + ": " + e.Description;
+        return false;
+    }
+    if (!form.oFile.Select(name)) {
+        why = path + ": not found in its folder";
+        return false;
+    }
+    return true;
+}
+
+void PrintState(frmMain& form) {
+    auto onOff = [](bool b) { return b ? "on" : "off"; };
+    std::cout << "kind=" << KindName(form.m_lFileKind) << "\n"
+              << "panel1=" << form.oStatusBar.Panels(1).Text << "\n"
+              << "panel2=" << form.oStatusBar.Panels(2).Text << "\n"
+              << "save=" << onOff(form.SaveOffered()) << "\n"
+              << "show=" << onOff(form.ShowOffered()) << "\n"
+              << "extract=" << onOff(form.ExtractOffered()) << "\n"
+              << "report:\n"
+              << form.tReport.Text();
+    std::cout.flush();
+}
+
+int RunSelect(const std::vector<std::string>& args, bool preview) {
+    if (args.size() != 1) return Fail(std::string(preview ? "preview" : "select") + " takes one PATH");
+    std::string why;
+    if (!CheckReadable(args[0], why)) return Fail(why);
+    frmMain form;
+    if (!SelectFile(form, args[0], why)) return Fail(why);
+    if (preview) form.oFile_DblClick();
+    PrintState(form);
+    return 0;
+}
+
+int RunHex(const std::vector<std::string>& args) {
+    std::string path;
+    int64_t page = 0;
+    for (size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--page") {
+            if (i + 1 >= args.size()) return Fail("--page needs a number");
+            try {
+                page = VbCLng(args[++i]);
+            } catch (const RuntimeError&) {
+                return Fail("--page needs a number, not '" + args[i] + "'");
+            }
+        } else if (path.empty()) {
+            path = args[i];
+        } else {
+            return Fail("hex takes one PATH");
+        }
+    }
+    if (path.empty()) return Fail("hex takes a PATH");
+    std::string why;
+    if (!CheckReadable(path, why)) return Fail(why);
+    frmMain form;
+    form.m_oBinFile = std::make_unique<CBINFile>(form);
+    if (!form.m_oBinFile->Initialize(path, 0, &form.oListView)) return Fail(path + ": cannot be opened");
+    form.m_oBinFile->Show(0);
+    int32_t last = HexLastPage(form.m_oBinFile->FileLength());
+    if (page < 0 || page > last)
+        return Fail("page " + std::to_string(page) + " is outside 0 to " + std::to_string(last) + " for " + path);
+    // A new Value repaints the page through the scroll bar's change event.
+    if (page != 0) form.oVScroll.SetValue(static_cast<int32_t>(page));
+    std::cout << form.tReport.Text() << "\n";
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    App::Init(argv[0]);
+    std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.empty()) {
+        std::cerr << kUsage;
+        return 1;
+    }
+    const std::string command = args[0];
+    std::vector<std::string> rest(args.begin() + 1, args.end());
+    if (command == "--help" || command == "-h" || command == "help") {
+        std::cout << kUsage;
+        return 0;
+    }
+    try {
+        if (command == "select") return RunSelect(rest, false);
+        if (command == "preview") return RunSelect(rest, true);
+        if (command == "hex") return RunHex(rest);
+#ifndef QUARRIN_CLI_NO_Pak
+        if (command == "pak") return CliPak(rest);
+#endif
+#ifndef QUARRIN_CLI_NO_Mesh
+        if (command == "mesh") return CliMesh(rest);
+#endif
+    } catch (const RuntimeError& e) {
+        return Fail(e.Description);
+    } catch (const std::exception& e) {
+        return Fail(e.what());
+    }
+    std::cerr << "quarrin-cli: unknown command '" << command << "'\n\n" << kUsage;
+    return 1;
+}
