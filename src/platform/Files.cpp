@@ -17,6 +17,9 @@
 
 namespace {
 
+// The buffer starts small, since most files are only asked for their head,
+// and grows while a caller goes on reading through the file.
+constexpr size_t kFirstFill = 4 * 1024;
 constexpr size_t kReadBufferSize = 64 * 1024;
 
 struct OpenFile {
@@ -25,6 +28,7 @@ struct OpenFile {
     std::vector<unsigned char> buffer;   // bytes of the file from bufferStart
     int64_t bufferStart = 0;
     size_t bufferLength = 0;
+    size_t nextFill = kFirstFill;
 };
 
 std::vector<std::unique_ptr<OpenFile>> g_handles;  // slot i holds handle i + 1
@@ -94,8 +98,9 @@ int32_t _lread(HFILE h, void* buffer, int32_t count) {
             f->position += n;
             continue;
         }
-        if (f->buffer.size() != kReadBufferSize) f->buffer.resize(kReadBufferSize);
-        ssize_t n = ::pread(f->fd, f->buffer.data(), kReadBufferSize, f->position);
+        size_t fill = std::max(f->nextFill, want);
+        if (f->buffer.size() < fill) f->buffer.resize(fill);
+        ssize_t n = ::pread(f->fd, f->buffer.data(), fill, f->position);
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) {
             f->bufferLength = 0;
@@ -103,6 +108,7 @@ int32_t _lread(HFILE h, void* buffer, int32_t count) {
         }
         f->bufferStart = f->position;
         f->bufferLength = static_cast<size_t>(n);
+        f->nextFill = std::min(f->nextFill * 2, kReadBufferSize);
     }
     return done;
 }
