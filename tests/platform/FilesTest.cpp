@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "fixtures/ByteWriter.h"
+#include "platform/Files.h"
+#include "platform/Runtime.h"
+
+using fixtures::TempDir;
+using fixtures::WriteFile;
+
+namespace {
+std::string Pattern(size_t n) {
+    std::string s(n, '\0');
+    for (size_t i = 0; i < n; ++i) s[i] = static_cast<char>((i * 131) >> 3);
+    return s;
+}
+}  // namespace
+
+TEST(FileCalls, BufferedReadsGiveTheFileWhateverTheReadSizes) {
+    TempDir dir;
+    const std::string bytes = Pattern(300000);
+    WriteFile(dir / "f", bytes);
+    HFILE h = _lopen(dir / "f", OF_READ);
+    ASSERT_GT(h, 0);
+    std::string got;
+    size_t sizes[] = {1, 3, 4096, 7, 70000, 1, 100000, 13};
+    for (size_t i = 0; got.size() < bytes.size(); ++i) {
+        char buf[100000];
+        int32_t n = _lread(h, buf, static_cast<int32_t>(sizes[i % 8]));
+        ASSERT_GT(n, 0);
+        got.append(buf, static_cast<size_t>(n));
+    }
+    EXPECT_EQ(got, bytes);
+    char c;
+    EXPECT_EQ(_lread(h, &c, 1), 0);
+    EXPECT_EQ(_lclose(h), 0);
+    EXPECT_EQ(_lread(h, &c, 1), HFILE_ERROR);
+}
+
+TEST(FileCalls, SeeksAndWritesKeepTheBufferTrue) {
+    TempDir dir;
+    WriteFile(dir / "f", Pattern(10000));
+    HFILE h = _lopen(dir / "f", OF_READWRITE);
+    ASSERT_GT(h, 0);
+    char buf[16];
+    ASSERT_EQ(_lread(h, buf, 16), 16);
+    EXPECT_EQ(_llseek(h, 5000, FILE_BEGIN), 5000);
+    ASSERT_EQ(_lwrite(h, "ABCD", 4), 4);
+    EXPECT_EQ(_llseek(h, -4, FILE_CURRENT), 5000);
+    ASSERT_EQ(_lread(h, buf, 4), 4);
+    EXPECT_EQ(std::string(buf, 4), "ABCD");
+    EXPECT_EQ(_llseek(h, 0, FILE_END), 10000);
+    EXPECT_EQ(_llseek(h, -1, FILE_BEGIN), HFILE_ERROR);
+    // A read past the end gives what is there.
+    EXPECT_EQ(_llseek(h, 9990, FILE_BEGIN), 9990);
+    EXPECT_EQ(_lread(h, buf, 16), 10);
+    _lclose(h);
+}
+
+TEST(FileCalls, RefuseFoldersMissingFilesAndBadHandles) {
+    TempDir dir;
+    int32_t before = OpenHandleCount();
+    EXPECT_EQ(_lopen(dir.Path(), OF_READ), HFILE_ERROR);
+    EXPECT_EQ(_lopen(dir / "missing", OF_READ), HFILE_ERROR);
+    EXPECT_EQ(_lopen("", OF_READ), HFILE_ERROR);
+    EXPECT_EQ(_lclose(12345), HFILE_ERROR);
+    EXPECT_EQ(_llseek(0, 0, FILE_BEGIN), HFILE_ERROR);
+    EXPECT_EQ(OpenHandleCount(), before);
+    EXPECT_FALSE(DeleteFileA(dir.Path()));
+    EXPECT_FALSE(DeleteFileA(dir / "missing"));
+}
+
+TEST(FileCalls, HandlesAreSmallAndReused) {
+    TempDir dir;
+    WriteFile(dir / "f", "x");
+    HFILE a = _lopen(dir / "f", OF_READ);
+    HFILE b = _lopen(dir / "f", OF_READ);
+    EXPECT_GT(a, 0);
+    EXPECT_NE(a, b);
+    _lclose(a);
+    EXPECT_EQ(_lopen(dir / "f", OF_READ), a);
+    _lclose(a);
+    _lclose(b);
+}
+
+TEST(FileCalls, AttributesLengthsAndTheDirectoryScan) {
+    TempDir dir;
+    WriteFile(dir / "a.txt", "12345");
+    std::filesystem::create_directory(dir / "sub");
+    EXPECT_EQ(FileLen(dir / "a.txt"), 5);
+    EXPECT_TRUE(GetAttr(dir / "a.txt") & vbArchive);
+    EXPECT_TRUE(GetAttr(dir / "sub") & vbDirectory);
+    EXPECT_THROW(GetAttr(dir / "none"), RuntimeError);
+    EXPECT_EQ(Dir(dir / "*.txt"), "a.txt");
+    EXPECT_EQ(Dir(dir / "su*"), "");
+    EXPECT_EQ(Dir(dir / "su*", vbDirectory), "sub");
+    std::vector<DirEntry> entries;
+    ASSERT_TRUE(ListDirectory(dir.Path(), entries));
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].name, "a.txt");
+    EXPECT_TRUE(entries[1].isDirectory);
+    EXPECT_FALSE(ListDirectory(dir / "none", entries));
+}
+
+TEST(NumberedFiles, OpenPrintReadAndReportTheRuntimesErrors) {
+    TempDir dir;
+    int16_t n = FreeFile();
+    VbOpen(n, dir / "out.txt", VbOpenMode::Output);
+    EXPECT_NE(FreeFile(), n);
+    VbPrintLine(n, "one");
+    EXPECT_THROW(VbOpen(n, dir / "other", VbOpenMode::Output), RuntimeError);
+    VbClose(n);
+    VbOpen(n, dir / "out.txt", VbOpenMode::Input);
+    EXPECT_EQ(VbLOF(n), 5);
+    EXPECT_EQ(VbGet(n, 100), "one\r\n");
+    EXPECT_THROW(VbPrintLine(n, "x"), RuntimeError);
+    VbClose(n);
+    try {
+        VbClose(n);
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.Number, 52);
+    }
+    try {
+        VbOpen(n, dir / "missing.txt", VbOpenMode::Input);
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.Number, 53);
+        EXPECT_EQ(e.Description, "File not found");
+    }
+}
+
+TEST(RuntimeArithmetic, OverflowsLikeTheRuntimesIntegers) {
+    EXPECT_EQ(VbAdd16(32721, 46), 32767);
+    try {
+        VbAdd16(32722, 46);
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.Number, 6);
+        EXPECT_EQ(e.Description, "Overflow");
+    }
+    EXPECT_THROW(VbAdd32(INT32_MAX, 1), RuntimeError);
+    EXPECT_EQ(VbCLng("            1234"), 1234);
+    EXPECT_EQ(VbCLng("-7"), -7);
+    EXPECT_THROW(VbCLng("99999999999"), RuntimeError);
+    EXPECT_THROW(VbCLng("abc"), RuntimeError);
+    EXPECT_EQ(VbTrim("  a b  "), "a b");
+    EXPECT_EQ(VbUCase("aB\xE9"), "AB\xE9");
+    EXPECT_EQ(VbReplace("a//b//", "//", "/"), "a/b/");
+}
