@@ -203,6 +203,24 @@ private:
     bool value_ = false;
 };
 
+// A combo box of which the logic uses the text and the drop-down button.
+class ComboBox : public Control {
+public:
+    using Control::Control;
+    const std::string& Text() const { return text_; }
+    // Raises Change whenever the text is set, as typing does.
+    void SetText(const std::string& t) {
+        text_ = t;
+        Notify();
+        Change.Raise();
+    }
+    Event<> Change;
+    Event<> DropDown;
+
+private:
+    std::string text_;
+};
+
 class CommandButton : public Control {
 public:
     using Control::Control;
@@ -252,4 +270,23 @@ public:
 
 private:
     int32_t hWnd_;
+};
+
+// A form shown modally over its owner. Unload closes it: the view listens to
+// Unloading and ends the modal loop.
+class ModalForm : public Form {
+public:
+    using Form::Form;
+    void Unload() {
+        if (unloaded_) return;
+        unloaded_ = true;
+        Unloading.Raise();
+    }
+    bool IsUnloaded() const { return unloaded_; }
+    Event<> Unloading;
+    // Moves the keyboard focus to a control; the view fills it.
+    std::function<void(Control&)> SetFocus;
+
+private:
+    bool unloaded_ = false;
 };
