@@ -1,0 +1,50 @@
+#pragma once
+// The game's archive file: a 20-byte header, a directory of variable-length
+// records, and the members' bytes. The class checks the header, lists the
+// directory into the main window's list view (which is the only directory in
+// memory from then on) and saves the selected member.
+#include <cstdint>
+#include <string>
+
+#include "identify/CNerhaltFile.h"
+#include "platform/Files.h"
+
+inline constexpr int32_t kPakFormatId = 0x097DD4D3;
+
+struct PakHeader {
+    int32_t lSignature = 0;
+    int32_t lFormatId = 0;
+    int32_t lField2 = 0;
+    int32_t lField3 = 0;
+    int32_t lMemberCount = 0;
+};
+
+class CPAKFile : public CNerhaltFile {
+public:
+    CPAKFile() = default;
+    ~CPAKFile() override;
+    CPAKFile(const CPAKFile&) = delete;
+    CPAKFile& operator=(const CPAKFile&) = delete;
+
+    bool Initialize(const std::string& lpPathName, int32_t hDesDC, ListView* oLv) override;
+    bool SaveAs() override;
+    std::string Information() override;
+    bool Show(int32_t hDesDC) override;
+    int32_t Width() override { return -1; }
+    int32_t Height() override { return -1; }
+
+    const PakHeader& Header() const { return m_tHeader; }
+    // The listing ran to its end.
+    bool Shown() const { return m_bShown; }
+
+private:
+    int32_t ReadLong(int32_t& lValue);
+
+    HFILE m_hFile = 0;
+    int32_t m_hDesDC = 0;
+    ListView* m_oLv = nullptr;
+    std::string m_sPathName;
+    bool m_bValid = false;
+    bool m_bShown = false;
+    PakHeader m_tHeader;
+};

@@ -1,0 +1,138 @@
+#include "pak/ZipWrapper.h"
+
+#include <new>
+#include <vector>
+
+#include "identify/modGlobal.h"
+#include "pak/MemberPath.h"
+#include "platform/Runtime.h"
+
+std::array<uint8_t, 18> g_abZipLocalHead{};
+std::array<uint8_t, 20> g_abZipCentralHead{};
+std::array<uint8_t, 16> g_abZipCentralTail{};
+std::array<uint8_t, 12> g_abZipEndHead{};
+
+void FillZipTemplates() {
+    // Signature, version 2.0, no flags, method 10, 01:11:00 on 1 February
+    // 1997, and a CRC of 0: the stream is never decoded here.
+    g_abZipLocalHead = {0x50, 0x4B, 0x03, 0x04, 0x14, 0x00, 0x00, 0x00, 0x0A,
+                        0x00, 0x60, 0x09, 0x41, 0x22, 0x00, 0x00, 0x00, 0x00};
+    g_abZipCentralHead = {0x50, 0x4B, 0x01, 0x02, 0x14, 0x00, 0x14, 0x00, 0x00, 0x00,
+                          0x0A, 0x00, 0x60, 0x09, 0x41, 0x22, 0x00, 0x00, 0x00, 0x00};
+    // No extra field, no comment, disk 0, the archive attribute, and the
+    // local header at offset 0.
+    g_abZipCentralTail = {0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                          0x20, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
+    g_abZipEndHead = {0x50, 0x4B, 0x05, 0x06, 0x00, 0x00, 0x00, 0x00, 0x01, 0x00, 0x01, 0x00};
+}
+
+namespace {
+
+void Put(HFILE h, const void* data, int32_t count) {
+    if (_lwrite(h, data, count) != count) RaiseError(vbErrDiskFull);
+}
+
+void Put32(HFILE h, int32_t value) {
+    auto v = static_cast<uint32_t>(value);
+    const uint8_t bytes[4] = {static_cast<uint8_t>(v), static_cast<uint8_t>(v >> 8), static_cast<uint8_t>(v >> 16),
+                              static_cast<uint8_t>(v >> 24)};
+    Put(h, bytes, 4);
+}
+
+void Put16(HFILE h, int32_t value) {
+    auto v = static_cast<uint32_t>(value);
+    const uint8_t bytes[2] = {static_cast<uint8_t>(v), static_cast<uint8_t>(v >> 8)};
+    Put(h, bytes, 2);
+}
+
+// The length of the PAK, or -1 when it can't be told.
+int64_t PakLength(const std::string& sPakPath) {
+    try {
+        return FileLen(sPakPath);
+    } catch (const RuntimeError&) {
+        return -1;
+    }
+}
+
+// Creates the file empty, replacing nothing (the caller deleted it), and opens
+// it for writing.
+HFILE CreateForWrite(const std::string& sPath) {
+    int16_t n = FreeFile();
+    VbOpen(n, sPath, VbOpenMode::Output);
+    VbClose(n);
+    HFILE h = _lopen(sPath, OF_WRITE);
+    if (h <= 0) RaiseError(vbErrPathFileAccess);
+    return h;
+}
+
+}  // namespace
+
+void WriteZipWrapper(HFILE hFile, const std::string& abName, int32_t L, int32_t lPackedSize,
+                     int32_t lOriginalSize, const uint8_t* abStream) {
+    Put(hFile, g_abZipLocalHead.data(), static_cast<int32_t>(g_abZipLocalHead.size()));
+    Put32(hFile, lPackedSize);
+    Put32(hFile, lOriginalSize);
+    // The name length and the extra field length (0) as one 32-bit value.
+    Put32(hFile, L);
+    Put(hFile, abName.data(), L);
+    Put(hFile, abStream, lPackedSize);
+    Put(hFile, g_abZipCentralHead.data(), static_cast<int32_t>(g_abZipCentralHead.size()));
+    Put32(hFile, lPackedSize);
+    Put32(hFile, lOriginalSize);
+    Put16(hFile, L);
+    Put(hFile, g_abZipCentralTail.data(), static_cast<int32_t>(g_abZipCentralTail.size()));
+    Put(hFile, abName.data(), L);
+    Put(hFile, g_abZipEndHead.data(), static_cast<int32_t>(g_abZipEndHead.size()));
+    Put32(hFile, VbAdd16(L, 46));
+    Put32(hFile, VbAdd32(VbAdd32(L, lPackedSize), 30));
+    Put16(hFile, 0);
+}
+
+bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, const std::string& sName,
+                 int32_t lPackedSize, int32_t lOriginalSize, int32_t lOffset) {
+    const std::string sTarget = MemberPath(sDestFolder, sName);
+    if (sTarget.empty()) return false;
+
+    HFILE hFile = _lopen(sPakPath, OF_READ);
+    if (hFile < 1) return false;
+    try {
+        // The sizes come from the PAK's directory: a member that the PAK
+        // can't hold is refused before any memory is taken for it.
+        int64_t lLength = PakLength(sPakPath);
+        if (lPackedSize < 0 || lOffset < 0 || lLength < 0 ||
+            static_cast<int64_t>(lOffset) + lPackedSize > lLength) {
+            _lclose(hFile);
+            return false;
+        }
+        std::vector<uint8_t> abData(static_cast<size_t>(lPackedSize));
+        if (_llseek(hFile, lOffset, FILE_BEGIN) != lOffset ||
+            _lread(hFile, abData.data(), lPackedSize) != lPackedSize) {
+            _lclose(hFile);
+            return false;
+        }
+        _lclose(hFile);
+        hFile = 0;
+
+        if (lPackedSize == lOriginalSize) {
+            if (FileExists(sTarget)) DeleteFileA(sTarget);
+            hFile = CreateForWrite(sTarget);
+            Put(hFile, abData.data(), lPackedSize);
+            _lclose(hFile);
+            return true;
+        }
+
+        const auto L = static_cast<int32_t>(sName.size());
+        const std::string sZip = sTarget + ".zip";
+        if (FileExists(sZip)) DeleteFileA(sZip);
+        // The archiver, run later, must find no older file of the member's name.
+        if (FileExists(sTarget)) DeleteFileA(sTarget);
+        hFile = CreateForWrite(sZip);
+        WriteZipWrapper(hFile, sName, L, lPackedSize, lOriginalSize, abData.data());
+        _lclose(hFile);
+        return true;
+    } catch (const RuntimeError&) {
+    } catch (const std::bad_alloc&) {
+    }
+    if (hFile > 0) _lclose(hFile);
+    return false;
+}
