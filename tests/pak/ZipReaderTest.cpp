@@ -1,0 +1,334 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <random>
+#include <sstream>
+
+#include "fixtures/ByteWriter.h"
+#include "fixtures/ZipBuilder.h"
+#include "pak/ZipReader.h"
+#include "PakTestSupport.h"
+
+namespace {
+
+using fixtures::BuildZip;
+using fixtures::ReadFile;
+using fixtures::TempDir;
+using fixtures::WriteFile;
+using fixtures::ZipEntrySpec;
+
+std::string SampleText(size_t size) {
+    std::string s;
+    const char* words[] = {"quarry ", "stone ", "selvane ", "map\r\n", "wall ", "tile "};
+    for (size_t i = 0; s.size() < size; ++i) s += words[(i * 7 + i / 3) % 6];
+    s.resize(size);
+    return s;
+}
+
+std::vector<std::string> Listing(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& e : std::filesystem::recursive_directory_iterator(folder))
+        names.push_back(std::filesystem::relative(e.path(), folder).string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// Decodes every entry of an archive in memory; the error of the first entry
+// that fails, or the bytes of all entries joined.
+struct Decoded {
+    bool opened = false;
+    std::string error;
+    std::vector<std::string> data;
+};
+Decoded Decode(const std::string& zip) {
+    Decoded d;
+    MemoryZipSource source(zip.data(), zip.size());
+    ZipReader reader;
+    d.opened = reader.Open(source, d.error);
+    if (!d.opened) return d;
+    for (const auto& e : reader.Entries()) {
+        std::string out;
+        if (!reader.Extract(e, [&](const uint8_t* p, size_t n) { out.append(reinterpret_cast<const char*>(p), n); return true; },
+                            d.error))
+            return d;
+        d.data.push_back(out);
+    }
+    return d;
+}
+
+TEST(ZipReader, DecodesTheThreeMethods) {
+    const std::string text = SampleText(100000);
+    const std::string binary = [] {
+        std::string s(5000, '\0');
+        for (size_t i = 0; i < s.size(); ++i) s[i] = static_cast<char>((i * i) >> 3);
+        return s;
+    }();
+    Decoded d = Decode(BuildZip({fixtures::StoredEntry("s.txt", text), fixtures::DeflatedEntry("d.txt", text),
+                                 fixtures::ImplodedEntry("i.txt", text), fixtures::ImplodedEntry("c.bin", binary, true),
+                                 fixtures::StoredEntry("empty", "")}));
+    ASSERT_TRUE(d.opened) << d.error;
+    EXPECT_EQ(d.error, "");
+    ASSERT_EQ(d.data.size(), 5u);
+    EXPECT_EQ(d.data[0], text);
+    EXPECT_EQ(d.data[1], text);
+    EXPECT_EQ(d.data[2], text);
+    EXPECT_EQ(d.data[3], binary);
+    EXPECT_EQ(d.data[4], "");
+}
+
+// The decoder copies its input when the two buffers have the same length; a
+// stream one byte longer than its output must still be decoded.
+TEST(ZipReader, ImplodeStreamsAsLongAsOrLongerThanTheirOutput) {
+    std::mt19937 rng(7);
+    bool sawLonger = false, sawEqual = false;
+    for (int len = 4; len < 300 && !(sawLonger && sawEqual); ++len) {
+        for (int round = 0; round < 40; ++round) {
+            std::string data(static_cast<size_t>(len), '\0');
+            for (auto& c : data) c = static_cast<char>('a' + rng() % 4);
+            std::string stream = fixtures::Implode(data);
+            bool longer = stream.size() == data.size() + 1;
+            bool equal = stream.size() == data.size();
+            if (!longer && !equal) continue;
+            sawLonger |= longer;
+            sawEqual |= equal;
+            Decoded d = Decode(BuildZip({fixtures::ImplodedEntry("x", data, true)}));
+            ASSERT_EQ(d.error, "") << "length " << len;
+            ASSERT_EQ(d.data.size(), 1u);
+            EXPECT_EQ(d.data[0], data);
+        }
+    }
+    EXPECT_TRUE(sawLonger);
+    EXPECT_TRUE(sawEqual);
+}
+
+TEST(ZipReader, ExplodeBoundHoldsForTheDensestInput) {
+    for (size_t size : {1000u, 100000u, 3000000u}) {
+        std::string stream = fixtures::Implode(std::string(size, '\0'));
+        EXPECT_GE(MaxExplodedSize(static_cast<int64_t>(stream.size())), static_cast<int64_t>(size));
+        // Not much looser than the best the encoder does, so that it refuses.
+        if (size >= 100000) EXPECT_LT(MaxExplodedSize(static_cast<int64_t>(stream.size())), static_cast<int64_t>(size) * 2);
+    }
+}
+
+TEST(ZipReader, CrcIsCheckedUnlessZero) {
+    const std::string text = SampleText(3000);
+    for (auto make : {fixtures::StoredEntry, fixtures::DeflatedEntry}) {
+        ZipEntrySpec e = make("t.txt", text);
+        e.Crc ^= 1;
+        EXPECT_NE(Decode(BuildZip({e})).error.find("CRC"), std::string::npos);
+        e.Crc = 0;
+        EXPECT_EQ(Decode(BuildZip({e})).error, "");
+    }
+    ZipEntrySpec imploded = fixtures::ImplodedEntry("t.txt", text, true);
+    imploded.Crc = 0x12345678;
+    EXPECT_NE(Decode(BuildZip({imploded})).error.find("CRC"), std::string::npos);
+}
+
+TEST(ZipReader, WrongDeclaredSizesAreErrors) {
+    const std::string text = SampleText(4000);
+    ZipEntrySpec shorter = fixtures::ImplodedEntry("a", text);
+    shorter.UncompressedSize -= 1;
+    EXPECT_NE(Decode(BuildZip({shorter})).error.find("more"), std::string::npos);
+    ZipEntrySpec longer = fixtures::ImplodedEntry("a", text);
+    longer.UncompressedSize += 1;
+    EXPECT_NE(Decode(BuildZip({longer})).error.find("fewer"), std::string::npos);
+    ZipEntrySpec deflated = fixtures::DeflatedEntry("a", text);
+    deflated.UncompressedSize -= 10;
+    EXPECT_NE(Decode(BuildZip({deflated})).error, "");
+    deflated.UncompressedSize += 20;
+    EXPECT_NE(Decode(BuildZip({deflated})).error, "");
+    ZipEntrySpec stored = fixtures::StoredEntry("a", text);
+    stored.UncompressedSize += 1;
+    EXPECT_NE(Decode(BuildZip({stored})).error, "");
+}
+
+TEST(ZipReader, AbsurdSizesAreRefusedBeforeDecoding) {
+    ZipEntrySpec imploded = fixtures::ImplodedEntry("a", SampleText(100));
+    imploded.UncompressedSize = 0x7FFFFFF0;
+    EXPECT_NE(Decode(BuildZip({imploded})).error.find("can produce"), std::string::npos);
+    ZipEntrySpec deflated = fixtures::DeflatedEntry("a", SampleText(100));
+    deflated.UncompressedSize = 0xFFFFFFF0;
+    EXPECT_NE(Decode(BuildZip({deflated})).error.find("declared size"), std::string::npos);
+}
+
+TEST(ZipReader, UnsupportedMethodsAndEncryption) {
+    ZipEntrySpec e = fixtures::StoredEntry("a", "abc");
+    e.Method = 12;
+    EXPECT_NE(Decode(BuildZip({e})).error.find("method 12"), std::string::npos);
+    e = fixtures::StoredEntry("a", "abc");
+    e.Flags = 1;
+    EXPECT_NE(Decode(BuildZip({e})).error.find("encrypted"), std::string::npos);
+}
+
+TEST(ZipReader, DamagedImplodeStreamIsAnError) {
+    const std::string text = SampleText(20000);
+    ZipEntrySpec e = fixtures::ImplodedEntry("a", text, true);
+    // A dictionary size the format doesn't have.
+    e.Data[1] = 9;
+    EXPECT_NE(Decode(BuildZip({e})).error, "");
+    e = fixtures::ImplodedEntry("a", text, true);
+    e.Data.resize(e.Data.size() / 2);
+    EXPECT_NE(Decode(BuildZip({e})).error, "");
+}
+
+TEST(ZipReader, CentralAndLocalHeadersMustAgree) {
+    std::string zip = BuildZip({fixtures::StoredEntry("name.txt", "data"), fixtures::StoredEntry("b", "bb")});
+    std::string otherName = zip;
+    otherName[30] = 'N';  // the local header's name
+    Decoded d = Decode(otherName);
+    ASSERT_TRUE(d.opened);
+    EXPECT_NE(d.error.find("another file"), std::string::npos);
+
+    std::string otherSize = zip;
+    otherSize[18] = 9;  // the local header's compressed size
+    EXPECT_NE(Decode(otherSize).error.find("other sizes"), std::string::npos);
+
+    std::string noLocal = zip;
+    noLocal[0] = 'X';
+    EXPECT_NE(Decode(noLocal).error.find("no local header"), std::string::npos);
+}
+
+TEST(ZipReader, DamagedDirectoryIsRefused) {
+    const std::string zip = BuildZip({fixtures::StoredEntry("a.txt", "alpha"), fixtures::StoredEntry("b.txt", "beta")});
+    // Every cut of the archive is refused or gives its entries whole.
+    for (size_t cut = 0; cut < zip.size(); ++cut) {
+        Decoded d = Decode(zip.substr(0, cut));
+        EXPECT_FALSE(d.opened && d.error.empty()) << "cut at " << cut;
+    }
+    const size_t end = zip.size() - 22;
+    std::string manyEntries = zip;
+    manyEntries[end + 8] = manyEntries[end + 10] = 100;
+    EXPECT_NE(Decode(manyEntries).error.find("too small"), std::string::npos);
+    std::string farDirectory = zip;
+    farDirectory[end + 19] = 0x10;
+    EXPECT_NE(Decode(farDirectory).error.find("outside"), std::string::npos);
+    std::string twoDisks = zip;
+    twoDisks[end + 4] = 1;
+    EXPECT_NE(Decode(twoDisks).error.find("disks"), std::string::npos);
+}
+
+TEST(ZipReader, EndRecordBehindAComment) {
+    std::string zip = BuildZip({fixtures::StoredEntry("a.txt", "alpha")});
+    zip[zip.size() - 2] = 5;
+    zip += "hello";
+    Decoded d = Decode(zip);
+    ASSERT_TRUE(d.opened) << d.error;
+    ASSERT_EQ(d.data.size(), 1u);
+    EXPECT_EQ(d.data[0], "alpha");
+}
+
+// ---- The archiver writing into a folder --------------------------------------
+
+class Archiver : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::filesystem::create_directory(tmp / "out");
+        out = tmp / "out";
+    }
+    bool Extract(const std::string& zip, std::string* errors = nullptr) {
+        WriteFile(tmp / "in.zip", zip);
+        std::ostringstream o, e;
+        bool ok = ExtractZipToFolder(tmp / "in.zip", out, o, e);
+        if (errors) *errors = e.str();
+        return ok;
+    }
+    TempDir tmp;
+    std::string out;
+};
+
+TEST_F(Archiver, WritesEveryEntryWithBackslashFolders) {
+    const std::string text = SampleText(70000);
+    ASSERT_TRUE(Extract(BuildZip({fixtures::ImplodedEntry("maps\\north\\a.map", text),
+                                  fixtures::DeflatedEntry("maps/b.txt", "bee"), fixtures::StoredEntry("top", "t"),
+                                  fixtures::StoredEntry("dir\\", "")})));
+    EXPECT_EQ(Listing(out), (std::vector<std::string>{"dir", "maps", "maps/b.txt", "maps/north", "maps/north/a.map", "top"}));
+    EXPECT_EQ(ReadFile(out + "/maps/north/a.map"), text);
+    EXPECT_EQ(ReadFile(out + "/maps/b.txt"), "bee");
+}
+
+TEST_F(Archiver, ReplacesAnOlderFileWhole) {
+    WriteFile(out + "/a.txt", std::string(1000, 'o'));
+    ASSERT_TRUE(Extract(BuildZip({fixtures::StoredEntry("a.txt", "new")})));
+    EXPECT_EQ(ReadFile(out + "/a.txt"), "new");
+}
+
+TEST_F(Archiver, DamagedEntryLeavesNoFileUnderItsName) {
+    WriteFile(out + "/keep.txt", "older");
+    ZipEntrySpec bad = fixtures::DeflatedEntry("keep.txt", SampleText(50000));
+    bad.Crc ^= 0x100;
+    ZipEntrySpec good = fixtures::StoredEntry("good.txt", "fine");
+    std::string errors;
+    EXPECT_FALSE(Extract(BuildZip({bad, good}), &errors));
+    EXPECT_NE(errors.find("keep.txt"), std::string::npos) << errors;
+    EXPECT_NE(errors.find("CRC"), std::string::npos) << errors;
+    EXPECT_EQ(ReadFile(out + "/keep.txt"), "older");
+    EXPECT_EQ(ReadFile(out + "/good.txt"), "fine");
+    EXPECT_EQ(Listing(out), (std::vector<std::string>{"good.txt", "keep.txt"}));
+}
+
+TEST_F(Archiver, HostileNamesAreRefusedAndTheRestIsWritten) {
+    std::filesystem::create_directory(out + "/inner");
+    std::vector<ZipEntrySpec> entries;
+    for (const char* name : {"../evil1", "..\\evil2", "/tmp/evil3", "\\evil4", "c:evil5", "C:\\evil6",
+                             "inner/../../evil7", "inner\\..\\..\\evil8", ".."})
+        entries.push_back(fixtures::StoredEntry(name, "evil"));
+    entries.push_back(fixtures::StoredEntry("inner\\fine.txt", "fine"));
+    std::string errors;
+    EXPECT_FALSE(Extract(BuildZip(entries), &errors));
+    EXPECT_NE(errors.find("evil8"), std::string::npos);
+    EXPECT_EQ(Listing(tmp.Path()), (std::vector<std::string>{"in.zip", "out", "out/inner", "out/inner/fine.txt"}));
+    EXPECT_FALSE(std::filesystem::exists("/tmp/evil3"));
+}
+
+TEST_F(Archiver, SymbolicLinkOnTheWayIsRefused) {
+    std::filesystem::create_directory(tmp / "elsewhere");
+    std::filesystem::create_directory_symlink(tmp / "elsewhere", out + "/link");
+    EXPECT_FALSE(Extract(BuildZip({fixtures::StoredEntry("link\\x.txt", "x")})));
+    EXPECT_TRUE(std::filesystem::is_empty(tmp / "elsewhere"));
+}
+
+TEST_F(Archiver, CutArchiveWritesNothing) {
+    std::string zip = BuildZip({fixtures::ImplodedEntry("a.txt", SampleText(9000))});
+    std::string errors;
+    EXPECT_FALSE(Extract(zip.substr(0, zip.size() - 30), &errors));
+    EXPECT_NE(errors.find("damaged archive"), std::string::npos) << errors;
+    EXPECT_TRUE(std::filesystem::is_empty(out));
+}
+
+// The program as the command file calls it.
+class ArchiverProgram : public Archiver {
+protected:
+    void SetUp() override {
+        Archiver::SetUp();
+        if (!paktest::ToolBuilt("quarrin-pkzip")) FAIL() << "quarrin-pkzip is not built in " << QUARRIN_TOOLS_DIR;
+    }
+    int Run(const std::vector<std::string>& args, std::string& output) {
+        std::vector<std::string> argv{paktest::ToolPath("quarrin-pkzip")};
+        argv.insert(argv.end(), args.begin(), args.end());
+        return paktest::RunCapture(argv, out, output);
+    }
+};
+
+TEST_F(ArchiverProgram, ExtractsIntoTheCurrentFolder) {
+    const std::string text = SampleText(123456);
+    WriteFile(out + "/w.zip", BuildZip({fixtures::ImplodedEntry("w.bin", text)}));
+    std::string output;
+    EXPECT_EQ(Run({"-Extract", "w.zip"}, output), 0) << output;
+    EXPECT_EQ(ReadFile(out + "/w.bin"), text);
+}
+
+TEST_F(ArchiverProgram, DamagedInputGivesAMessageAndAStatus) {
+    WriteFile(out + "/bad.zip", "PK\x05\x06 not really");
+    std::string output;
+    EXPECT_EQ(Run({"-Extract", "bad.zip"}, output), 1);
+    EXPECT_NE(output.find("bad.zip"), std::string::npos) << output;
+    EXPECT_EQ(Run({"-Extract", "missing.zip"}, output), 1);
+    EXPECT_NE(output.find("can't be opened"), std::string::npos) << output;
+    EXPECT_EQ(Run({"-List", "bad.zip"}, output), 2);
+    EXPECT_NE(output.find("Usage"), std::string::npos) << output;
+    EXPECT_EQ(Listing(out), std::vector<std::string>{"bad.zip"});
+}
+
+}  // namespace
