@@ -318,7 +318,7 @@ bool ZipReader::Extract(const ZipEntry& entry, const ZipSink& sink, std::string&
         case kZipImploded: {
             if (entry.UncompressedSize == 0) break;
             if (static_cast<int64_t>(entry.UncompressedSize) > MaxExplodedSize(entry.CompressedSize) ||
-                entry.UncompressedSize > static_cast<uint32_t>(INT_MAX) - 2) {
+                std::max(entry.UncompressedSize, entry.CompressedSize) > static_cast<uint32_t>(INT_MAX) - 2) {
                 error = "the declared size is more than an implode stream of " +
                         std::to_string(entry.CompressedSize) + " bytes can produce";
                 return false;
@@ -328,11 +328,12 @@ bool ZipReader::Extract(const ZipEntry& entry, const ZipSink& sink, std::string&
                 error = "the data can't be read";
                 return false;
             }
-            // One byte more than declared shows a stream that says more than
-            // its header. The decoder copies its input unchanged when the two
-            // buffers have the same length, so that length is avoided.
-            int capacity = static_cast<int>(entry.UncompressedSize) + 1;
-            if (capacity == static_cast<int>(entry.CompressedSize)) ++capacity;
+            // Room for one byte more than declared shows a stream that says
+            // more than its header. The decoder also wants an output buffer
+            // longer than its input: it refuses a shorter one and copies the
+            // input unchanged into one of the same length.
+            const int capacity =
+                static_cast<int>(std::max(entry.UncompressedSize, entry.CompressedSize)) + 1;
             std::unique_ptr<uint8_t[]> out(new (std::nothrow) uint8_t[static_cast<size_t>(capacity)]);
             if (!out) {
                 error = "not enough memory for " + std::to_string(entry.UncompressedSize) + " bytes";
