@@ -140,8 +140,10 @@ bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, s
                     fail("skipped, since the folder change before it failed");
                     break;
                 }
-                const std::string zip = line.Name + ".zip";
-                if (!IsSafeMemberName(zip)) {
+                // The wrapper's name is a path below the current folder, in
+                // which a backslash separates folders.
+                const std::string zip = MemberPath("", line.Name + ".zip");
+                if (zip.empty()) {
                     fail("the name leaves the folder");
                     break;
                 }

@@ -144,11 +144,14 @@ TEST_F(BatchRun, NothingRunsAfterAFailedFolderChange) {
     EXPECT_FALSE(std::filesystem::exists(dest + "a.zip"));
 }
 
-TEST_F(BatchRun, BackslashNamesDeleteInSubFolders) {
+TEST_F(BatchRun, BackslashNamesReachIntoSubFolders) {
     std::filesystem::create_directory(dest + "sub");
     WriteFile(dest + "sub/m.bin.zip", "w");
-    EXPECT_TRUE(Run({BatchCdLine(dest), BatchDelLine("sub\\m.bin")})) << report;
+    EXPECT_TRUE(Run({BatchCdLine(dest), BatchExtractLine(false, "/opt/pk", "sub\\m.bin"), BatchDelLine("sub\\m.bin")}))
+        << report;
     EXPECT_FALSE(std::filesystem::exists(dest + "sub/m.bin.zip"));
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0], (std::vector<std::string>{"/opt/pk", "-Extract", "sub/m.bin.zip"}));
 }
 
 TEST_F(BatchRun, ALastLineWithoutItsEndIsNotExecuted) {
