@@ -1,5 +1,6 @@
 #include "pak/ZipWrapper.h"
 
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -104,9 +105,10 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
             _lclose(hFile);
             return false;
         }
-        std::vector<uint8_t> abData(static_cast<size_t>(lPackedSize));
+        // Not zero-filled: the read below fills every byte or the member is refused.
+        std::unique_ptr<uint8_t[]> abData(new uint8_t[static_cast<size_t>(lPackedSize)]);
         if (_llseek(hFile, lOffset, FILE_BEGIN) != lOffset ||
-            _lread(hFile, abData.data(), lPackedSize) != lPackedSize) {
+            _lread(hFile, abData.get(), lPackedSize) != lPackedSize) {
             _lclose(hFile);
             return false;
         }
@@ -116,7 +118,7 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
         if (lPackedSize == lOriginalSize) {
             if (FileExists(sTarget)) DeleteFileA(sTarget);
             hFile = CreateForWrite(sTarget);
-            Put(hFile, abData.data(), lPackedSize);
+            Put(hFile, abData.get(), lPackedSize);
             _lclose(hFile);
             return true;
         }
@@ -127,7 +129,7 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
         // The archiver, run later, must find no older file of the member's name.
         if (FileExists(sTarget)) DeleteFileA(sTarget);
         hFile = CreateForWrite(sZip);
-        WriteZipWrapper(hFile, sName, L, lPackedSize, lOriginalSize, abData.data());
+        WriteZipWrapper(hFile, sName, L, lPackedSize, lOriginalSize, abData.get());
         _lclose(hFile);
         return true;
     } catch (const RuntimeError&) {
