@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "pak/CPAKFile.h"
+
 namespace {
 
 constexpr NerhaltType kTypes[] = {
@@ -30,6 +32,7 @@ constexpr NerhaltType kTypes[] = {
 // The object for a type whose class the program has; nullptr for the others.
 std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t id) {
     switch (id) {
+        case 0x097DD4D3: return std::make_unique<CPAKFile>();
         default: return nullptr;
     }
 }
