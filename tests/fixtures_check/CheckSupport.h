@@ -60,8 +60,10 @@ inline std::string Identify(const std::string& path) {
 }
 
 // The decoded picture as 8-bit red, green, blue, rows from the top.
+// ImageMagick 6 keeps a bottom-up TGA's rows in file order and only notes the
+// orientation, so the rows are put upright before they are written out.
 inline std::vector<uint8_t> DecodeRgb(const std::string& path) {
-    auto r = fixtures::RunProgram({"convert", path, "-depth", "8", "rgb:-"});
+    auto r = fixtures::RunProgram({"convert", path, "-auto-orient", "-depth", "8", "rgb:-"});
     if (r.Status != 0) return {};
     return std::vector<uint8_t>(r.Output.begin(), r.Output.end());
 }
