@@ -1,0 +1,145 @@
+// The wave builder writes RIFF files whose chunk sizes add up, as a chunk
+// walk by the published rules and the file(1) program read them.
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "fixtures/WavBuilder.h"
+#include "fixtures_check/CheckSupport.h"
+
+using namespace fixtures;
+
+namespace {
+
+struct Chunk {
+    std::string Id;
+    size_t DataOffset;
+    uint32_t Size;
+};
+
+// Walks the chunks inside the RIFF form, padding odd sizes to even, and
+// checks that the walk ends exactly at the end of the file.
+std::vector<Chunk> Walk(const std::string& wav) {
+    check::Cursor c(wav);
+    EXPECT_EQ(c.Take(4), "RIFF");
+    EXPECT_EQ(c.U32(), wav.size() - 8);
+    EXPECT_EQ(c.Take(4), "WAVE");
+    std::vector<Chunk> chunks;
+    while (c.Left() >= 8) {
+        Chunk k{c.Take(4), 0, 0};
+        k.Size = c.U32();
+        k.DataOffset = c.At();
+        c.Skip(k.Size + (k.Size & 1));
+        chunks.push_back(k);
+    }
+    EXPECT_EQ(c.Left(), 0u);
+    return chunks;
+}
+
+std::string FileSays(const std::string& wav) {
+    TempDir dir;
+    WriteFile(dir / "sound.wav", wav);
+    auto r = RunProgram({"file", "-b", dir / "sound.wav"});
+    return r.Status == 0 ? r.Output : std::string();
+}
+
+}  // namespace
+
+TEST(WavBuilder, FormatAndDataChunksHoldWhatTheSpecAsksFor) {
+    for (auto [channels, bits, rate] : {std::tuple<uint16_t, uint16_t, uint32_t>{1, 16, 22050}, {2, 16, 44100},
+                                        {1, 8, 11025}, {2, 8, 8000}}) {
+        SCOPED_TRACE(std::to_string(channels) + " channels, " + std::to_string(bits) + " bits");
+        WavSpec spec;
+        spec.Channels = channels;
+        spec.BitsPerSample = bits;
+        spec.SampleRate = rate;
+        spec.Frames = 1001;  // an odd count, so 8-bit mono data needs a pad byte
+        const std::string wav = BuildWav(spec);
+        const auto chunks = Walk(wav);
+        ASSERT_EQ(chunks.size(), 2u);
+        EXPECT_EQ(chunks[0].Id, "fmt ");
+        ASSERT_EQ(chunks[0].Size, 16u);
+        check::Cursor fmt(wav, chunks[0].DataOffset);
+        const uint16_t blockAlign = static_cast<uint16_t>(channels * bits / 8);
+        EXPECT_EQ(fmt.U16(), 1);
+        EXPECT_EQ(fmt.U16(), channels);
+        EXPECT_EQ(fmt.U32(), rate);
+        EXPECT_EQ(fmt.U32(), rate * blockAlign);
+        EXPECT_EQ(fmt.U16(), blockAlign);
+        EXPECT_EQ(fmt.U16(), bits);
+        EXPECT_EQ(chunks[1].Id, "data");
+        EXPECT_EQ(chunks[1].Size, 1001u * blockAlign);
+        EXPECT_EQ(BlockAlignOf(spec), blockAlign);
+    }
+}
+
+TEST(WavBuilder, TheToneStartsAtRestAndPeaksAtItsAmplitude) {
+    // 16-bit: a quarter period of 441 Hz at 44100 Hz is exactly 25 frames.
+    const std::string s16 = SineTone(44100, 16, 1, 100, 441.0, 0.5);
+    ASSERT_EQ(s16.size(), 200u);
+    EXPECT_EQ(static_cast<int16_t>(check::U16At(s16, 0)), 0);
+    EXPECT_EQ(static_cast<int16_t>(check::U16At(s16, 50)), 16384);
+    EXPECT_EQ(static_cast<int16_t>(check::U16At(s16, 150)), -16384);
+    // 8-bit stereo: the second channel runs a quarter period ahead.
+    const std::string s8 = SineTone(8000, 8, 2, 4, 1000.0, 0.5);
+    ASSERT_EQ(s8.size(), 8u);
+    EXPECT_EQ(static_cast<uint8_t>(s8[0]), 128);
+    EXPECT_EQ(static_cast<uint8_t>(s8[1]), 192);
+}
+
+TEST(WavBuilder, ExtraChunksAreWalkedPastAndPaddedToEvenSizes) {
+    WavSpec spec;
+    spec.FmtSize = 18;
+    spec.Before = {{"JUNK", "abc"}};
+    spec.Between = {{"LIST", "INFOx"}, {"fact", "1234"}};
+    spec.After = {{"smpl", std::string(7, 's')}};
+    spec.Samples = std::string(5, '\x10');
+    const std::string wav = BuildWav(spec);
+    const auto chunks = Walk(wav);
+    std::vector<std::string> ids;
+    for (const auto& k : chunks) ids.push_back(k.Id);
+    EXPECT_EQ(ids, (std::vector<std::string>{"JUNK", "fmt ", "LIST", "fact", "data", "smpl"}));
+    EXPECT_EQ(chunks[0].Size, 3u);
+    EXPECT_EQ(chunks[1].Size, 18u);
+    EXPECT_EQ(check::U16At(wav, chunks[1].DataOffset + 16), 0) << "cbSize";
+    EXPECT_EQ(chunks[4].Size, 5u);
+    EXPECT_EQ(wav.substr(chunks[4].DataOffset, 5), std::string(5, '\x10'));
+}
+
+TEST(WavBuilder, DamageSwitchesChangeOnlyWhatTheyName) {
+    WavSpec spec;
+    spec.Frames = 10;
+    spec.DataBeforeFmt = true;
+    auto chunks = Walk(BuildWav(spec));
+    ASSERT_EQ(chunks.size(), 2u);
+    EXPECT_EQ(chunks[0].Id, "data");
+    EXPECT_EQ(chunks[1].Id, "fmt ");
+
+    spec.DataBeforeFmt = false;
+    spec.OmitData = true;
+    chunks = Walk(BuildWav(spec));
+    ASSERT_EQ(chunks.size(), 1u);
+    EXPECT_EQ(chunks[0].Id, "fmt ");
+
+    WavSpec lying;
+    lying.Frames = 10;
+    lying.DataSize = 1000000;
+    lying.BlockAlign = 0;
+    lying.Truncate = 50;
+    const std::string wav = BuildWav(lying);
+    EXPECT_EQ(wav.size(), 50u);
+    EXPECT_EQ(check::U16At(wav, 20 + 12), 0) << "block align";
+    EXPECT_EQ(check::U32At(wav, 40), 1000000u) << "data size";
+    EXPECT_EQ(check::U32At(wav, 4), 36u + 20u) << "the RIFF size counts what was built, before the cut";
+}
+
+TEST(WavBuilder, TheFileProgramNamesTheFormat) {
+    if (FindProgram("file").empty()) GTEST_SKIP() << "file(1) is not installed";
+    WavSpec mono;
+    EXPECT_NE(FileSays(BuildWav(mono)).find("WAVE audio, Microsoft PCM, 16 bit, mono 22050 Hz"), std::string::npos);
+    WavSpec stereo;
+    stereo.Channels = 2;
+    stereo.BitsPerSample = 8;
+    stereo.SampleRate = 11025;
+    EXPECT_NE(FileSays(BuildWav(stereo)).find("WAVE audio, Microsoft PCM, 8 bit, stereo 11025 Hz"), std::string::npos);
+}
