@@ -234,7 +234,9 @@ public:
     using Control::Control;
     int32_t ScaleWidth() const { return Bounds().Width; }
     int32_t ScaleHeight() const { return Bounds().Height; }
-    uint32_t BackColor = 0x80000008;
+    // A system colour when the high bit is set; the runtime's default is the
+    // button face.
+    uint32_t BackColor = 0x8000000F;
     // The device context that the file classes paint on.
     int32_t hDC = 0;
     // Cls clears the image to the background colour.

@@ -29,6 +29,7 @@ ListItem& ListView::Add(const std::string& text) {
     item->AddIndex = Count() + 1;
     items_.push_back(item);
     orderDirty_ = true;
+    ++revision_;
     return *item;
 }
 
@@ -37,6 +38,7 @@ void ListView::Clear() {
     order_.clear();
     focus_ = nullptr;
     orderDirty_ = true;
+    ++revision_;
     Notify();
 }
 
@@ -106,16 +108,19 @@ void ListView::SetSortKey(int32_t k) {
     if (k < 0 || k >= 64) OutOfBounds();
     sortKey_ = k;
     orderDirty_ = true;
+    ++revision_;
     Notify();
 }
 
 void ListView::SetSortOrder(int32_t o) {
     sortOrder_ = o == 0 ? 0 : 1;
     orderDirty_ = true;
+    ++revision_;
     Notify();
 }
 
 void ListView::Refresh() {
     orderDirty_ = true;
+    ++revision_;
     Notify();
 }

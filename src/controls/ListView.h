@@ -62,6 +62,9 @@ public:
     void SetSortOrder(int32_t o);
     // Notifies the view after items or their texts changed.
     void Refresh();
+    // Counts the changes of the items or of their order, so that a view told
+    // of a change can tell a new list from a new selection.
+    uint64_t Revision() const { return revision_; }
 
     // Events of the list.
     Event<int32_t> ColumnClick;  // index of the column, from 1
@@ -73,6 +76,7 @@ private:
     std::vector<std::shared_ptr<ListItem>> items_;
     std::vector<ListItem*> order_;
     bool orderDirty_ = true;
+    uint64_t revision_ = 0;
     ListItem* focus_ = nullptr;
     int32_t sortKey_ = 0;
     int32_t sortOrder_ = 0;

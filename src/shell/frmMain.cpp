@@ -87,6 +87,7 @@ frmMain::frmMain() : Form("frmMain") {
     oVScroll.SetMax(0);
     oImg.Move(90, 4080, 8415, 2600);
     oPicture.Move(150 / 15, 0, 3735 / 15, 2415 / 15);  // oImg's scale unit is the pixel
+    oPicture.BackColor = 0x80000008;  // the system's window text colour
     oSSTab.Move(90, 180, 8415, 3855);
     oSSTab.SetCaption("Documents");
 
