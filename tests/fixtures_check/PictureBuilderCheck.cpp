@@ -246,3 +246,14 @@ TEST(JpegBuilder, AnotherFrameMarkerAndAThumbnailStillDecode) {
     EXPECT_EQ(d.Identity, Identity("JPEG", 160, 120));
     EXPECT_LT(MeanError(d.Rgb, RgbOf(GradientImage(160, 120))), 4.0);
 }
+
+TEST(GifBuilder, TheEndCodeIsWrittenAsWideAsTheDecoderThenReadsIt) {
+    // Eleven pixels whose ten neighbouring pairs all differ fill the table of
+    // a 2-bit picture up to code 15; reading the last pixel makes a decoder
+    // add code 16 and read the end code with 5 bits. Codes: clear, 0, 0, 1 in
+    // 3 bits; 0, 2, 0, 3, 1, 1, 2, 1 in 4 bits; the end code 5 in 5 bits.
+    const std::string stream = GifLzw({0, 0, 1, 0, 2, 0, 3, 1, 1, 2, 1}, 2);
+    EXPECT_EQ(stream, std::string("\x04\x02\x02\x13\x21\x51\x00", 7));
+    // Nothing but a clear code and the end code for no pixels at all.
+    EXPECT_EQ(GifLzw({}, 2), std::string("\x2C", 1));
+}
