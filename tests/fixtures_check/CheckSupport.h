@@ -55,7 +55,7 @@ inline uint16_t U16At(const std::string& bytes, size_t at) { return Cursor(bytes
 
 // "FORMAT WIDTH HEIGHT" as identify reports the file, or empty if it fails.
 inline std::string Identify(const std::string& path) {
-    auto r = fixtures::RunProgram({"identify", "-format", "%m %w %h", path});
+    auto r = fixtures::RunAndCapture({"identify", "-format", "%m %w %h", path});
     return r.Status == 0 ? r.Output : std::string();
 }
 
@@ -63,14 +63,14 @@ inline std::string Identify(const std::string& path) {
 // ImageMagick 6 keeps a bottom-up TGA's rows in file order and only notes the
 // orientation, so the rows are put upright before they are written out.
 inline std::vector<uint8_t> DecodeRgb(const std::string& path) {
-    auto r = fixtures::RunProgram({"convert", path, "-auto-orient", "-depth", "8", "rgb:-"});
+    auto r = fixtures::RunAndCapture({"convert", path, "-auto-orient", "-depth", "8", "rgb:-"});
     if (r.Status != 0) return {};
     return std::vector<uint8_t>(r.Output.begin(), r.Output.end());
 }
 
 #define REQUIRE_IMAGEMAGICK()                                                                        \
     do {                                                                                             \
-        if (fixtures::FindProgram("identify").empty() || fixtures::FindProgram("convert").empty()) \
+        if (fixtures::ProgramOnPath("identify").empty() || fixtures::ProgramOnPath("convert").empty()) \
             GTEST_SKIP() << "ImageMagick is not installed";                                         \
     } while (0)
 

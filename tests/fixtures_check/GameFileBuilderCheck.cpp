@@ -41,7 +41,7 @@ TEST(PlanarBuilder, BitmapHeaderPixelsAndPaletteFollowOneAnother) {
     ASSERT_EQ(btm.size(), 56u + 12u + 56u + 3072u);
     check::Cursor c(btm);
     EXPECT_EQ(c.U32(), 0x6E71u);
-    EXPECT_EQ(c.U32(), kPlanarBitmapId);
+    EXPECT_EQ(c.U32(), kIdPlanarBitmap);
     c.Skip(28);
     EXPECT_EQ(c.I32(), 3);
     EXPECT_EQ(c.I32(), 2);
@@ -49,7 +49,7 @@ TEST(PlanarBuilder, BitmapHeaderPixelsAndPaletteFollowOneAnother) {
     EXPECT_EQ(c.I32(), 12);
     c.Skip(4 + 12);
     EXPECT_EQ(c.U32(), 0x6E71u);
-    EXPECT_EQ(c.U32(), kPlanarPaletteId);
+    EXPECT_EQ(c.U32(), kIdPlanarPalette);
     c.Skip(44);
     EXPECT_EQ(c.I32(), 255) << "the palette's highest index";
     // Record 5: three colour words, the third the one a bitmap shows.
@@ -73,7 +73,7 @@ TEST(PlanarBuilder, PaletteShapesAndSizeOverrides) {
     spec.Shape = PaletteShape::WrongId;
     const std::string wrong = BuildBtm(spec);
     EXPECT_EQ(wrong.size(), pixelsEnd + 3128);
-    EXPECT_EQ(check::U32At(wrong, pixelsEnd + 4), kPlanarBitmapId);
+    EXPECT_EQ(check::U32At(wrong, pixelsEnd + 4), kIdPlanarBitmap);
     spec.Shape = PaletteShape::Full;
     spec.DataSize = 1000;
     const std::string lying = BuildBtm(spec);
@@ -82,7 +82,7 @@ TEST(PlanarBuilder, PaletteShapesAndSizeOverrides) {
 
     const std::string plt = PaletteFile(GreyPalette(), 100);
     ASSERT_EQ(plt.size(), 56u + 3072u);
-    EXPECT_EQ(check::U32At(plt, 4), kPlanarPaletteId);
+    EXPECT_EQ(check::U32At(plt, 4), kIdPlanarPalette);
     EXPECT_EQ(check::U32At(plt, 52), 100u);
     EXPECT_EQ(check::U32At(plt, 56 + 200 * 12 + 4), ColorWord(200, 200, 200));
 }
@@ -95,7 +95,7 @@ TEST(MeshBuilder, TheLayoutNamesWhereEachCountStands) {
         const MeshLayout l = LayoutOf(spec);
         EXPECT_EQ(l.End, mesh.size());
         EXPECT_EQ(check::U32At(mesh, 0), 0x6E71u);
-        EXPECT_EQ(check::U32At(mesh, 4), kind == MeshKind::Msh ? kMshFormatId : kAmhFormatId);
+        EXPECT_EQ(check::U32At(mesh, 4), kind == MeshKind::Msh ? kIdMesh : kIdAMesh);
         EXPECT_EQ(check::U32At(mesh, 20), l.Inner);
         EXPECT_EQ(l.Inner, 34u);
         EXPECT_EQ(check::U32At(mesh, l.Inner), 0x6E71u);
@@ -121,7 +121,7 @@ TEST(MeshBuilder, TheLayoutNamesWhereEachCountStands) {
 TEST(MeshBuilder, OverridesWriteTheirNumbersAndKeepTheTables) {
     MeshSpec spec = CubeMesh();
     const size_t cleanSize = BuildMesh(spec).size();
-    spec.FormatId = kAmhFormatId;
+    spec.FormatId = kIdAMesh;
     spec.InnerOffset = 0x7FFFFFF0;
     spec.VertexCount = -1;
     spec.TextureCount = 0x40000000;
@@ -129,7 +129,7 @@ TEST(MeshBuilder, OverridesWriteTheirNumbersAndKeepTheTables) {
     const MeshLayout l = LayoutOf(spec);
     const std::string mesh = BuildMesh(spec);
     EXPECT_EQ(mesh.size(), cleanSize);
-    EXPECT_EQ(check::U32At(mesh, 4), kAmhFormatId);
+    EXPECT_EQ(check::U32At(mesh, 4), kIdAMesh);
     EXPECT_EQ(check::U32At(mesh, l.Inner + 4), kMshKindId);
     EXPECT_EQ(check::U32At(mesh, 20), 0x7FFFFFF0u);
     EXPECT_EQ(static_cast<int32_t>(check::U32At(mesh, l.Body)), -1);

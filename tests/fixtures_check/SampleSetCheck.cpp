@@ -141,7 +141,7 @@ TEST(SampleSet, TheProgramWritesTheSetIntoAFolderThatItCreates) {
     if (access(program.c_str(), X_OK) != 0) GTEST_SKIP() << "quarrin-samples is not built";
     TempDir dir;
     const std::string folder = dir / "a/b/samples";
-    ASSERT_EQ(RunProgram({program, folder}).Status, 0);
+    ASSERT_EQ(RunAndCapture({program, folder}).Status, 0);
     const auto files = SampleFiles();
     size_t written = 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
@@ -151,7 +151,7 @@ TEST(SampleSet, TheProgramWritesTheSetIntoAFolderThatItCreates) {
     EXPECT_EQ(written, files.size());
     for (const auto& f : files) EXPECT_TRUE(ReadFile(folder + "/" + f.Name) == f.Bytes) << f.Name;
 
-    EXPECT_EQ(RunProgram({program}).Status, 2);
+    EXPECT_EQ(RunAndCapture({program}).Status, 2);
     WriteFile(dir / "file", "x");
-    EXPECT_NE(RunProgram({program, dir / "file/inside"}).Status, 0) << "a folder below a file cannot be made";
+    EXPECT_NE(RunAndCapture({program, dir / "file/inside"}).Status, 0) << "a folder below a file cannot be made";
 }

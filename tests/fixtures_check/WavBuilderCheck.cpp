@@ -39,7 +39,7 @@ std::vector<Chunk> Walk(const std::string& wav) {
 std::string FileSays(const std::string& wav) {
     TempDir dir;
     WriteFile(dir / "sound.wav", wav);
-    auto r = RunProgram({"file", "-b", dir / "sound.wav"});
+    auto r = RunAndCapture({"file", "-b", dir / "sound.wav"});
     return r.Status == 0 ? r.Output : std::string();
 }
 
@@ -134,7 +134,7 @@ TEST(WavBuilder, DamageSwitchesChangeOnlyWhatTheyName) {
 }
 
 TEST(WavBuilder, TheFileProgramNamesTheFormat) {
-    if (FindProgram("file").empty()) GTEST_SKIP() << "file(1) is not installed";
+    if (ProgramOnPath("file").empty()) GTEST_SKIP() << "file(1) is not installed";
     WavSpec mono;
     EXPECT_NE(FileSays(BuildWav(mono)).find("WAVE audio, Microsoft PCM, 16 bit, mono 22050 Hz"), std::string::npos);
     WavSpec stereo;
