@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+// The roots (HKEY_CURRENT_USER, ...) and value types (REG_SZ, ...) that
+// ClassKey and ValueType take come with the class.
+#include "platform/Registry.h"
 #include "platform/Variant.h"
 
 // Numbers of the failures this class raises.
