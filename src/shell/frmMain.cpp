@@ -6,7 +6,10 @@
 #include "identify/CNerhaltFiles.h"
 #include "identify/modGlobal.h"
 #include "platform/MessageBox.h"
+#include "pak/ZipWrapper.h"
 #include "platform/Runtime.h"
+#include "platform/Registry.h"
+#include "winsupport/cRegistry.h"
 
 namespace {
 
@@ -134,6 +137,37 @@ frmMain::~frmMain() {
 }
 
 // ---- Start-up and shutdown ------------------------------------------------
+
+void frmMain::Form_Initialize() {
+    cRegistry& registry = Registry();
+    Step([&] { registry.SetValueType(REG_SZ); });
+    // Where the game is installed: the machine's setting, only ever read.
+    Step([&] {
+        registry.SetValueKey("Directory");
+        registry.SetClassKey(HKEY_LOCAL_MACHINE);
+        registry.SetSectionKey("Software\\Selvane\\Directory");
+        g_sGameFolder = registry.Value().ToString();
+    });
+    Step([&] {
+        registry.SetClassKey(HKEY_CURRENT_USER);
+        if (!registry.KeyExists()) registry.CreateKey();
+    });
+    Step([&] { registry.SetSectionKey("Software\\Corvane\\Quarrin"); });
+    Step([&] {
+        registry.SetValueKey("PkzipPath");
+        g_sPkzipPath = registry.Value().ToString();
+    });
+    Step([&] {
+        registry.SetValueKey("UnpakPath");
+        g_sUnpakPath = registry.Value().ToString();
+    });
+    Step([&] {
+        registry.SetValueKey("ShortCutPath");
+        g_sShortCutPath = registry.Value().ToString();
+    });
+    g_bWin9x = GetOSPlatform() == 1;
+    FillZipTemplates();
+}
 
 void frmMain::Form_Load() {
     m_lSortColumn = 1;
