@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "fixtures/ByteWriter.h"
+#include "fixtures/MeshBuilder.h"
+#include "fixtures/ScriptedDialogs.h"
+#include "identify/modGlobal.h"
+#include "meshes/CMeshFile.h"
+#include "platform/Files.h"
+#include "shell/frmMain.h"
+#include "winsupport/cCommonDialog.h"
+
+using fixtures::BuildMesh;
+using fixtures::MeshSpec;
+using fixtures::ReadFile;
+using fixtures::ScriptedFileDialogs;
+using fixtures::ScriptedMessageBoxes;
+using fixtures::TempDir;
+using fixtures::WriteFile;
+
+namespace {
+
+const std::string kWorkedExample =
+    "xof 0302txt 0032\r\nHeader {\r\n 1;\r\n 0;\r\n 1;\r\n}\r\n\r\nMesh  {\r\n3;\r\n"
+    "0;0;0;,\r\n1;0;0;,\r\n0;1.5;0;;\r\n\r\n1;\r\n3;0,1,2;;\r\n"
+    "MeshMaterialList {\r\n  1;\r\n 1;\r\n  0;\r\nMaterial {\r\n 1.0;1.0;1.0;1.0;;\r\n 50.0;\r\n"
+    " 1.0;1.0;1.0;;\r\n 0.0;0.0;0.0;;\r\n }\r\n\r\n}\r\n}\r\n";
+
+MeshSpec Triangle() {
+    MeshSpec m;
+    m.Vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1.5f, 0}};
+    m.Polygons = {{0, 1, 2}};
+    return m;
+}
+
+class MeshExport_ : public ::testing::Test {
+protected:
+    void SetUp() override { CommonDialog().SetInitDir({}); }
+    std::string Write(const std::string& name, const MeshSpec& spec) {
+        std::string path = dir / name;
+        WriteFile(path, BuildMesh(spec));
+        return path;
+    }
+    TempDir dir;
+    frmMain form;
+    ScriptedFileDialogs dialogs;
+    ScriptedMessageBoxes boxes;
+};
+
+}  // namespace
+
+TEST_F(MeshExport_, WritesTheWorkedExampleWhereTheUserChose) {
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, &form.oListView));
+    dialogs.Choose(dir / "model.x");
+    EXPECT_FALSE(mesh.SaveAs());
+    EXPECT_EQ(ReadFile(dir / "model.x"), kWorkedExample);
+    EXPECT_TRUE(boxes.Calls.empty());
+    // What the dialog was asked.
+    ASSERT_EQ(dialogs.Requests.size(), 1u);
+    const FileDialogRequest& request = dialogs.Requests[0];
+    EXPECT_TRUE(request.save);
+    EXPECT_EQ(request.fileName, "tri.msh");
+    EXPECT_EQ(request.hwndOwner, form.hWnd());
+    ASSERT_EQ(request.filters.size(), 1u);
+    EXPECT_EQ(request.filters[0].first, "Direct X Model (*.x)");
+    EXPECT_EQ(request.filters[0].second, "*.x");
+    EXPECT_EQ(request.filterIndex, 1);
+    EXPECT_TRUE(request.pathMustExist);
+    EXPECT_FALSE(request.overwritePrompt);
+    EXPECT_TRUE(CommonDialog().CancelError());
+}
+
+TEST_F(MeshExport_, AcceptingTheProposedNameAppendsTheExtension) {
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(Write("box.amh", fixtures::CubeMesh(fixtures::MeshKind::Amh)), 0, nullptr));
+    CommonDialog().SetInitDir(dir.Path());
+    dialogs.AcceptProposed();
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::Written);
+    EXPECT_TRUE(FileExists(dir / "box.amh.x"));
+    std::string text = ReadFile(dir / "box.amh.x");
+    EXPECT_NE(text.find("Mesh  {\r\n8;\r\n-1;-1;-1;,\r\n"), std::string::npos);
+    EXPECT_NE(text.find("\r\n12;\r\n3;0,2,1;,\r\n"), std::string::npos);
+}
+
+TEST_F(MeshExport_, ExportingBeforeAnyShowLoadsTheBodyOnce) {
+    std::string path = Write("tri.msh", Triangle());
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(path, 0, nullptr));
+    ASSERT_FALSE(mesh.Loaded());
+    dialogs.Choose(dir / "first.x");
+    mesh.SaveAs();
+    EXPECT_TRUE(mesh.Loaded());
+    EXPECT_EQ(ReadFile(dir / "first.x"), kWorkedExample);
+    mesh.Show(0);
+    EXPECT_EQ(form.tReport.Text(), "Objects:\t1\r\nVertexes:\t3\r\nPolygons:\t1\r\nTexture(s) information(s):0\r\n");
+}
+
+TEST_F(MeshExport_, CancellingWritesNothingAndAsksNothing) {
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, nullptr));
+    dialogs.Cancel();
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::Cancelled);
+    EXPECT_EQ(dialogs.Requests.size(), 1u);
+    EXPECT_TRUE(boxes.Calls.empty());
+    std::vector<DirEntry> entries;
+    ASSERT_TRUE(ListDirectory(dir.Path(), entries));
+    EXPECT_EQ(entries.size(), 1u);
+}
+
+TEST_F(MeshExport_, AsksBeforeReplacingAndKeepsTheOldFileOnNo) {
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, nullptr));
+    std::string target = dir / "old.x";
+    WriteFile(target, "old contents");
+    dialogs.Choose(target);
+    boxes.Answer(vbNo);
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::Declined);
+    EXPECT_EQ(ReadFile(target), "old contents");
+    ASSERT_EQ(boxes.Calls.size(), 1u);
+    EXPECT_EQ(boxes.Calls[0].prompt, target + " already exist.\r\nDo you want to replace it?");
+    EXPECT_EQ(boxes.Calls[0].buttons & 7, vbYesNo);
+
+    // On Yes the old file is replaced by a new one, whatever its length was.
+    WriteFile(target, std::string(10000, 'z'));
+    dialogs.Choose(target);
+    boxes.Answer(vbYes);
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::Written);
+    EXPECT_EQ(ReadFile(target), kWorkedExample);
+}
+
+TEST_F(MeshExport_, ATargetThatCantBeWrittenLeavesNoFile) {
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, nullptr));
+    dialogs.Choose(dir / "no such folder/model.x");
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::OpenFailed);
+    EXPECT_FALSE(FileExists(dir / "no such folder/model.x"));
+    EXPECT_TRUE(boxes.Calls.empty());
+}
+
+TEST_F(MeshExport_, AVertexTableThatWasNeverAllocatedEndsTheFileAtItsCount) {
+    MeshSpec spec = Triangle();
+    spec.VertexCount = 0x10000000;
+    CMeshFile mesh;
+    ASSERT_TRUE(mesh.Initialize(Write("huge.msh", spec), 0, nullptr));
+    dialogs.Choose(dir / "cut.x");
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::WriteFailed);
+    EXPECT_FALSE(mesh.Loaded());
+    EXPECT_EQ(ReadFile(dir / "cut.x"),
+              "xof 0302txt 0032\r\nHeader {\r\n 1;\r\n 0;\r\n 1;\r\n}\r\n\r\nMesh  {\r\n268435456;\r\n");
+}
+
+TEST_F(MeshExport_, AnObjectWithoutAFileOpensNoDialog) {
+    CMeshFile mesh;
+    EXPECT_FALSE(mesh.SaveAs());
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::NoFile);
+    EXPECT_TRUE(dialogs.Requests.empty());
+}
+
+TEST_F(MeshExport_, ARefusedFileIsExportedAsRead) {
+    MeshSpec spec = Triangle();
+    spec.KindId = fixtures::kAmhKindId;
+    CMeshFile mesh;
+    ASSERT_FALSE(mesh.Initialize(Write("mixed.msh", spec), 0, nullptr));
+    dialogs.Choose(dir / "mixed.x");
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::Written);
+    EXPECT_EQ(ReadFile(dir / "mixed.x"), kWorkedExample);
+}
