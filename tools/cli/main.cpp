@@ -13,6 +13,7 @@
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
 #include "identify/modGlobal.h"
+#include "pak/ZipWrapper.h"
 #include "platform/Files.h"
 #include "platform/Runtime.h"
 #include "shell/frmMain.h"
@@ -145,6 +146,7 @@ int RunHex(const std::vector<std::string>& args) {
 
 int main(int argc, char** argv) {
     App::Init(argv[0]);
+    FillZipTemplates();
     std::vector<std::string> args(argv + 1, argv + argc);
     if (args.empty()) {
         std::cerr << kUsage;
