@@ -1,5 +1,7 @@
 #include "Text1252.h"
 
+#include <QList>
+
 namespace {
 
 // The characters of bytes 0x80 to 0x9F; every other byte is the character of
