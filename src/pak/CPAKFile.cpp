@@ -1,8 +1,16 @@
 #include "pak/CPAKFile.h"
 
+#include <memory>
+#include <new>
+
 #include "controls/ListView.h"
 #include "identify/modGlobal.h"
+#include "pak/ZipWrapper.h"
+#include "platform/FileDialogs.h"
+#include "platform/MessageBox.h"
 #include "platform/Runtime.h"
+#include "shell/frmMain.h"
+#include "winsupport/cCommonDialog.h"
 
 CPAKFile::~CPAKFile() {
     m_oLv = nullptr;
@@ -95,4 +103,68 @@ bool CPAKFile::Show(int32_t hDesDC) {
     return false;
 }
 
-bool CPAKFile::SaveAs() { return false; }
+// Saves the selected member: a stored one as its bytes, a compressed one as a
+// ZIP wrapper under the first filter or as the bare stream under the second.
+bool CPAKFile::SaveAs() {
+    if (m_oLv == nullptr || m_hFile <= 0) return false;
+    ListItem* oItem = m_oLv->SelectedItem();
+    if (oItem == nullptr) return false;
+    HFILE hOut = 0;
+    try {
+        const std::string abName = oItem->Text;
+        const int16_t L = VbToInteger(static_cast<int64_t>(abName.size()));
+        const int32_t lPackedSize = VbCLng(oItem->SubItems(1));
+        const int32_t lOriginalSize = VbCLng(oItem->SubItems(2));
+        const bool bStored = lPackedSize == lOriginalSize;
+
+        cCommonDialog& oDialog = CommonDialog();
+        // The path must exist; the replace question below is the class's own.
+        oDialog.Setflags(static_cast<int32_t>(OFN_PATHMUSTEXIST));
+        oDialog.SetFilter(bStored ? "All Files (*.*)|*.*" : "Zip File (*.zip)|*.zip|PKWare DCL Imploding|*.*");
+        oDialog.SetCancelError(true);
+        oDialog.SetFilename(abName);
+        oDialog.SetFilterIndex(1);
+        oDialog.Sethwnd(MainForm().hWnd());
+        oDialog.ShowSave();
+        const std::string sTarget = oDialog.Filename();
+        const bool bWrapper = !bStored && oDialog.FilterIndex() == 1;
+
+        if (FileExists(sTarget) &&
+            MsgBox(sTarget + " already exist.\r\nDo you want to replace it?", vbYesNo) == vbNo)
+            return false;
+
+        // The directory's numbers may be damaged: a member that the PAK can't
+        // hold ends the save before any memory is taken for it.
+        const int32_t lOffset = oItem->Tag;
+        int64_t lFileEnd = -1;
+        try {
+            lFileEnd = FileLen(m_sPathName);
+        } catch (const RuntimeError&) {
+        }
+        if (lPackedSize < 0 || lOffset < 0 || static_cast<int64_t>(lOffset) + lPackedSize > lFileEnd) return false;
+        std::unique_ptr<uint8_t[]> abData(new uint8_t[static_cast<size_t>(lPackedSize)]);
+        if (_llseek(m_hFile, lOffset, FILE_BEGIN) != lOffset) return false;
+        if (_lread(m_hFile, abData.get(), lPackedSize) != lPackedSize) return false;
+
+        if (FileExists(sTarget)) DeleteFileA(sTarget);
+        const int16_t n = FreeFile();
+        VbOpen(n, sTarget, VbOpenMode::Output);
+        VbClose(n);
+        hOut = _lopen(sTarget, OF_WRITE);
+        if (hOut <= 0) return false;
+        // Under the second filter a compressed member goes out as the stream
+        // alone, with no ZIP record before or behind it, so that any DCL
+        // decoder takes the file as it stands.
+        if (bWrapper) {
+            WriteZipWrapper(hOut, abName, L, lPackedSize, lOriginalSize, abData.get());
+        } else if (_lwrite(hOut, abData.get(), lPackedSize) != lPackedSize) {
+            RaiseError(vbErrDiskFull);
+        }
+        _lclose(hOut);
+        return false;
+    } catch (const RuntimeError&) {
+    } catch (const std::bad_alloc&) {
+    }
+    if (hOut > 0) _lclose(hOut);
+    return false;
+}

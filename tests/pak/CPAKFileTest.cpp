@@ -4,7 +4,13 @@
 
 #include "controls/ListView.h"
 #include "fixtures/ByteWriter.h"
+#include "fixtures/PakBuilder.h"
+#include "fixtures/ScriptedDialogs.h"
 #include "pak/CPAKFile.h"
+#include "pak/MemberPath.h"
+#include "pak/ZipWrapper.h"
+#include "platform/MessageBox.h"
+#include "shell/frmMain.h"
 #include "PakTestSupport.h"
 
 namespace {
@@ -202,6 +208,166 @@ TEST_F(PakListing, HugeCountInASmallFileEndsAtTheFilesEnd) {
     pak->Show(0);
     EXPECT_EQ(lv.Count(), 100);
     EXPECT_FALSE(pak->Shown());
+}
+
+}  // namespace
+
+// ---- Saving the selected member ---------------------------------------------
+
+namespace {
+
+class PakSave : public ::testing::Test {
+protected:
+    void SetUp() override {
+        FillZipTemplates();
+        std::filesystem::create_directory(tmp / "out");
+        builder.Imploded("maps\\north.map", std::string(20000, 'n') + "end")
+            .Stored("readme.txt", "plain text")
+            .Raw("empty", "", 0)
+            .Raw("maps\\north.map", "\x01\x02\x03", 99);
+        WriteFile(path, builder.Build());
+        ASSERT_TRUE(pak.Initialize(path, 0, &lv));
+        lv.Sorted = false;
+        pak.Show(0);
+        ASSERT_EQ(lv.Count(), 4);
+    }
+    // The wrapper that UnpakMember writes for member i: both writers must
+    // give the same bytes.
+    std::string Wrapper(size_t i) {
+        const auto e = builder.Entries()[i];
+        std::filesystem::create_directories(tmp / "ref/maps");
+        EXPECT_TRUE(UnpakMember(tmp / "ref/", path, e.Name, e.PackedSize, e.OriginalSize, e.Offset));
+        return fixtures::ReadFile(MemberPath(tmp / "ref/", e.Name) + ".zip");
+    }
+    TempDir tmp;
+    std::string path = tmp / "t.pak";
+    fixtures::PakBuilder builder;
+    ListView lv{"oListView"};
+    CPAKFile pak;
+    fixtures::ScriptedFileDialogs dialogs;
+    fixtures::ScriptedMessageBoxes boxes;
+};
+
+TEST_F(PakSave, CompressedMemberUnderTheFirstFilterIsTheWrapper) {
+    lv.SelectOnly(1);
+    dialogs.Choose(tmp / "out/north", 1);
+    EXPECT_FALSE(pak.SaveAs());
+    ASSERT_EQ(dialogs.Requests.size(), 1u);
+    const FileDialogRequest& r = dialogs.Requests[0];
+    EXPECT_TRUE(r.save);
+    EXPECT_EQ(r.fileName, "maps\\north.map");
+    ASSERT_EQ(r.filters.size(), 2u);
+    EXPECT_EQ(r.filters[0], (std::pair<std::string, std::string>{"Zip File (*.zip)", "*.zip"}));
+    EXPECT_EQ(r.filters[1], (std::pair<std::string, std::string>{"PKWare DCL Imploding", "*.*"}));
+    EXPECT_EQ(r.filterIndex, 1);
+    EXPECT_EQ(r.hwndOwner, MainForm().hWnd());
+    EXPECT_FALSE(r.overwritePrompt);
+    // The dialog gives the first filter's extension to a name without it.
+    EXPECT_FALSE(std::filesystem::exists(tmp / "out/north"));
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/north.zip"), Wrapper(0));
+    EXPECT_TRUE(boxes.Calls.empty());
+}
+
+TEST_F(PakSave, CompressedMemberUnderTheSecondFilterIsTheBareStream) {
+    lv.SelectOnly(1);
+    dialogs.Choose(tmp / "out/north.dcl", 2);
+    pak.SaveAs();
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/north.dcl"), builder.Packed(0));
+}
+
+TEST_F(PakSave, StoredMembersAreTheirBytes) {
+    lv.SelectOnly(2);
+    dialogs.Choose(tmp / "out/readme.txt", 1);
+    pak.SaveAs();
+    ASSERT_EQ(dialogs.Requests.size(), 1u);
+    ASSERT_EQ(dialogs.Requests[0].filters.size(), 1u);
+    EXPECT_EQ(dialogs.Requests[0].filters[0], (std::pair<std::string, std::string>{"All Files (*.*)", "*.*"}));
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/readme.txt"), "plain text");
+
+    lv.SelectOnly(3);
+    dialogs.Choose(tmp / "out/empty", 1);
+    pak.SaveAs();
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/empty"), "");
+}
+
+TEST_F(PakSave, ReplaceQuestion) {
+    WriteFile(tmp / "out/readme.txt", "older");
+    lv.SelectOnly(2);
+    dialogs.Choose(tmp / "out/readme.txt", 1);
+    boxes.Answer(vbNo);
+    pak.SaveAs();
+    ASSERT_EQ(boxes.Calls.size(), 1u);
+    EXPECT_EQ(boxes.Calls[0].prompt, tmp / "out/readme.txt" + " already exist.\r\nDo you want to replace it?");
+    EXPECT_EQ(boxes.Calls[0].buttons, vbYesNo);
+    EXPECT_EQ(boxes.Calls[0].title, "");
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/readme.txt"), "older");
+
+    // A longer older file is replaced whole.
+    WriteFile(tmp / "out/readme.txt", std::string(500, 'o'));
+    dialogs.Choose(tmp / "out/readme.txt", 1);
+    boxes.Answer(vbYes);
+    pak.SaveAs();
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/readme.txt"), "plain text");
+}
+
+TEST_F(PakSave, CancelWritesNothing) {
+    lv.SelectOnly(1);
+    dialogs.Cancel();
+    EXPECT_FALSE(pak.SaveAs());
+    EXPECT_TRUE(boxes.Calls.empty());
+    EXPECT_TRUE(std::filesystem::is_empty(tmp / "out"));
+}
+
+TEST_F(PakSave, NoSelectionNoDialog) {
+    EXPECT_FALSE(pak.SaveAs());
+    EXPECT_TRUE(dialogs.Requests.empty());
+    CPAKFile unbound;
+    EXPECT_FALSE(unbound.SaveAs());
+    EXPECT_TRUE(dialogs.Requests.empty());
+}
+
+TEST_F(PakSave, TheSelectedItemGoesByItsOffsetNotItsName) {
+    // Items 1 and 4 share a name; three items are selected and item 4 has the focus.
+    lv.SetSelected(1, true);
+    lv.SetSelected(2, true);
+    lv.SetSelected(4, true);
+    dialogs.Choose(tmp / "out/second.dcl", 2);
+    pak.SaveAs();
+    EXPECT_EQ(dialogs.Requests.size(), 1u);
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/second.dcl"), "\x01\x02\x03");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tmp / "out"), {}), 1);
+}
+
+TEST_F(PakSave, MemberBeyondTheEndWritesNothing) {
+    fixtures::PakBuilder damaged;
+    damaged.Stored("a.txt", "abc").Stored("b.txt", "defg").PackedSize(1, 1000).OriginalSize(1, 1000);
+    damaged.Raw("c.bin", "xyz", 50).Offset(2, 0x7FFFFFF0);
+    WriteFile(tmp / "d.pak", damaged.Build());
+    ListView dlv{"d"};
+    dlv.Sorted = false;
+    CPAKFile dpak;
+    ASSERT_TRUE(dpak.Initialize(tmp / "d.pak", 0, &dlv));
+    dpak.Show(0);
+    ASSERT_EQ(dlv.Count(), 3);
+    for (int32_t i : {2, 3}) {
+        WriteFile(tmp / "out/keep", "kept");
+        dlv.SelectOnly(i);
+        dialogs.Choose(tmp / "out/keep", 2);
+        boxes.Answer(vbYes);
+        dpak.SaveAs();
+        EXPECT_EQ(fixtures::ReadFile(tmp / "out/keep"), "kept") << "item " << i;
+    }
+}
+
+TEST_F(PakSave, TargetInAMissingFolderIsPassedOverQuietly) {
+    lv.SelectOnly(2);
+    dialogs.Choose(tmp / "missing/readme.txt", 1);
+    EXPECT_FALSE(pak.SaveAs());
+    EXPECT_FALSE(std::filesystem::exists(tmp / "missing"));
+    // The object goes on working.
+    dialogs.Choose(tmp / "out/readme.txt", 1);
+    pak.SaveAs();
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/readme.txt"), "plain text");
 }
 
 }  // namespace
