@@ -51,7 +51,7 @@ constexpr size_t kMaxValueName = 16383;
 constexpr size_t kMaxDepth = 512;
 // A hive file beyond this size is not read, and the hive refuses writes so as
 // not to replace a file it could not read.
-constexpr off_t kMaxHiveFile = 64 * 1024 * 1024;
+constexpr off_t kMaxHiveFile = 4 * 1024 * 1024;
 
 // Names reach the registry as zero-terminated texts.
 std::string CText(const std::string& s) {
