@@ -5,6 +5,7 @@
 
 #include "EventPump.h"
 #include "MainWindow.h"
+#include "ModalForms.h"
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
 #include "platform/FileDialogs.h"
@@ -53,10 +54,15 @@ int main(int argc, char** argv) {
         fileDialogs.SetOwnerLookup([&form, &window](int32_t hwnd) -> QWidget* {
             return hwnd == form.hWnd() ? &window : QApplication::activeWindow();
         });
+        // Unpak and Options run modally over the main window.
+        form.ShowModalForm = [&form, &window](const std::string& formName) {
+            ShowModalFormView(form, formName, &window);
+        };
         form.Form_Load();
         window.show();
         status = QApplication::exec();
         fileDialogs.SetOwnerLookup([](int32_t) { return QApplication::activeWindow(); });
+        form.ShowModalForm = nullptr;
     }
 
     EventPump::Uninstall();
