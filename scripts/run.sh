@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 scripts/deps.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUARRIN_BUILD_TESTS=OFF -DQUARRIN_BUILD_BENCH=OFF
 cmake --build build/release --parallel
-exe="$PWD/build/release/app/quarrin"
+exe="$PWD/build/release/bin/quarrin"
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
   echo "Quarrin is built, but there is no display to show its window on."
   echo "Start it under a virtual display instead:"
