@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "meshes/CMeshFile.h"
 #include "pak/CPAKFile.h"
 
 namespace {
@@ -32,6 +33,8 @@ constexpr NerhaltType kTypes[] = {
 // The object for a type whose class the program has; nullptr for the others.
 std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t id) {
     switch (id) {
+        case 0x00553C98:
+        case 0x05463C98: return std::make_unique<CMeshFile>();
         case 0x097DD4D3: return std::make_unique<CPAKFile>();
         default: return nullptr;
     }
