@@ -167,6 +167,7 @@ const std::map<std::string, PakCommand>& PakCommands() {
     static const std::map<std::string, PakCommand> commands = {
         {"list", PakList},
         {"save", PakSave},
+        {"unpak", CliPakUnpak},
     };
     return commands;
 }
