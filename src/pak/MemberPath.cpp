@@ -16,6 +16,9 @@ bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 bool IsSafeMemberName(const std::string& sName) {
     if (sName.empty()) return false;
     if (sName.find('\0') != std::string::npos) return false;
+    // A line end would split the lines of _unpak_.bat that carry the name, and
+    // the part behind it could read as a line of its own.
+    if (sName.find_first_of("\r\n") != std::string::npos) return false;
     if (IsSeparator(sName[0])) return false;
     if (sName.size() >= 2 && IsLetter(sName[0]) && sName[1] == ':') return false;
     size_t start = 0;

@@ -44,3 +44,10 @@ TEST(MemberPath, FuzzedNameWithAColonIsExtractedBelowTheFolder) {
 }
 
 }  // namespace
+
+TEST(MemberPath, LineEndsInANameAreRefusedSoTheCommandFileKeepsItsLines) {
+    EXPECT_FALSE(IsSafeMemberName("x\r\nDel \"victim"));
+    EXPECT_FALSE(IsSafeMemberName("a\nb"));
+    EXPECT_FALSE(IsSafeMemberName("a\rb"));
+    EXPECT_EQ(MemberPath("/d/", "a\nb"), "");
+}
