@@ -18,24 +18,24 @@ constexpr int32_t kCount = 1000000;
 // Coordinates of every magnitude the general format meets, from a fixed
 // sequence so that each run writes the same text.
 std::string LargeMeshBytes() {
-    fixtures::MeshSpec spec;
+    fixtures::MeshSpec recipe;
     uint32_t seed = 12345;
     auto next = [&seed] {
         seed = seed * 1664525u + 1013904223u;
         return seed;
     };
-    spec.Vertices.reserve(kCount);
-    spec.Polygons.reserve(kCount);
+    recipe.Vertices.reserve(kCount);
+    recipe.Polygons.reserve(kCount);
     for (int32_t i = 0; i < kCount; ++i) {
         float x = static_cast<float>(static_cast<int32_t>(next() % 2000000) - 1000000) / 1000.0f;
         float y = static_cast<float>(next() % 100000) / 7.0f;
         float z = static_cast<float>(i % 64) * 0.25f;
-        spec.Vertices.push_back({x, y, z});
+        recipe.Vertices.push_back({x, y, z});
     }
     for (int32_t i = 0; i < kCount; ++i)
-        spec.Polygons.push_back({static_cast<int16_t>(next() % 32768), static_cast<int16_t>(next() % 32768),
+        recipe.Polygons.push_back({static_cast<int16_t>(next() % 32768), static_cast<int16_t>(next() % 32768),
                                  static_cast<int16_t>(i % 32768)});
-    return fixtures::BuildMesh(spec);
+    return fixtures::BuildMesh(recipe);
 }
 
 // The file is written once for all the benchmarks of the run.

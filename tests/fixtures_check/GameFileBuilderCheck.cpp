@@ -30,14 +30,14 @@ TEST(GameHeadBuilder, TwentyTypesWithOwnIdsAndExtensions) {
 }
 
 TEST(PlanarBuilder, BitmapHeaderPixelsAndPaletteFollowOneAnother) {
-    BtmSpec spec;
-    spec.Width = 3;
-    spec.Height = 2;
-    spec.BytesPerPixel = 2;
-    spec.Palette = RainbowPalette();
-    spec.Pixels = PlanarPixels(3, 2, 2, [](int x, int y) { return 10 * y + x; });
-    EXPECT_EQ(spec.Pixels, std::string("\x00\xB1\x01\xB1\x02\xB1\x0A\xB1\x0B\xB1\x0C\xB1", 12));
-    const std::string btm = BuildBtm(spec);
+    BtmSpec recipe;
+    recipe.Width = 3;
+    recipe.Height = 2;
+    recipe.BytesPerPixel = 2;
+    recipe.Palette = RainbowPalette();
+    recipe.Pixels = PlanarPixels(3, 2, 2, [](int x, int y) { return 10 * y + x; });
+    EXPECT_EQ(recipe.Pixels, std::string("\x00\xB1\x01\xB1\x02\xB1\x0A\xB1\x0B\xB1\x0C\xB1", 12));
+    const std::string btm = BuildBtm(recipe);
     ASSERT_EQ(btm.size(), 56u + 12u + 56u + 3072u);
     check::Cursor c(btm);
     EXPECT_EQ(c.U32(), 0x6E71u);
@@ -54,29 +54,29 @@ TEST(PlanarBuilder, BitmapHeaderPixelsAndPaletteFollowOneAnother) {
     EXPECT_EQ(c.I32(), 255) << "the palette's highest index";
     // Record 5: three colour words, the third the one a bitmap shows.
     c.Skip(5 * 12 + 8);
-    EXPECT_EQ(c.U32(), spec.Palette[5][2]);
-    EXPECT_EQ(spec.Palette[0][2], ColorWord(255, 0, 0));
+    EXPECT_EQ(c.U32(), recipe.Palette[5][2]);
+    EXPECT_EQ(recipe.Palette[0][2], ColorWord(255, 0, 0));
     EXPECT_EQ(ColorWord(1, 2, 3), 0x030201u);
 }
 
 TEST(PlanarBuilder, PaletteShapesAndSizeOverrides) {
-    BtmSpec spec;
-    spec.Width = 4;
-    spec.Height = 4;
-    spec.Pixels = std::string(16, '\x07');
+    BtmSpec recipe;
+    recipe.Width = 4;
+    recipe.Height = 4;
+    recipe.Pixels = std::string(16, '\x07');
     const size_t pixelsEnd = 56 + 16;
-    spec.Shape = PaletteShape::Missing;
-    EXPECT_EQ(BuildBtm(spec).size(), pixelsEnd);
-    spec.Shape = PaletteShape::Short;
-    spec.ShortLength = 60;
-    EXPECT_EQ(BuildBtm(spec).size(), pixelsEnd + 60);
-    spec.Shape = PaletteShape::WrongId;
-    const std::string wrong = BuildBtm(spec);
+    recipe.Shape = PaletteShape::Missing;
+    EXPECT_EQ(BuildBtm(recipe).size(), pixelsEnd);
+    recipe.Shape = PaletteShape::Short;
+    recipe.ShortLength = 60;
+    EXPECT_EQ(BuildBtm(recipe).size(), pixelsEnd + 60);
+    recipe.Shape = PaletteShape::WrongId;
+    const std::string wrong = BuildBtm(recipe);
     EXPECT_EQ(wrong.size(), pixelsEnd + 3128);
     EXPECT_EQ(check::U32At(wrong, pixelsEnd + 4), kIdPlanarBitmap);
-    spec.Shape = PaletteShape::Full;
-    spec.DataSize = 1000;
-    const std::string lying = BuildBtm(spec);
+    recipe.Shape = PaletteShape::Full;
+    recipe.DataSize = 1000;
+    const std::string lying = BuildBtm(recipe);
     EXPECT_EQ(check::U32At(lying, 48), 1000u);
     EXPECT_EQ(lying.size(), pixelsEnd + 3128);
 
@@ -89,10 +89,10 @@ TEST(PlanarBuilder, PaletteShapesAndSizeOverrides) {
 
 TEST(MeshBuilder, TheLayoutNamesWhereEachCountStands) {
     for (MeshKind kind : {MeshKind::Msh, MeshKind::Amh}) {
-        MeshSpec spec = CubeMesh(kind);
-        spec.InnerGap = 6;
-        const std::string mesh = BuildMesh(spec);
-        const MeshLayout l = LayoutOf(spec);
+        MeshSpec recipe = CubeMesh(kind);
+        recipe.InnerGap = 6;
+        const std::string mesh = BuildMesh(recipe);
+        const MeshLayout l = LayoutOf(recipe);
         EXPECT_EQ(l.End, mesh.size());
         EXPECT_EQ(check::U32At(mesh, 0), 0x6E71u);
         EXPECT_EQ(check::U32At(mesh, 4), kind == MeshKind::Msh ? kIdMesh : kIdAMesh);
@@ -119,15 +119,15 @@ TEST(MeshBuilder, TheLayoutNamesWhereEachCountStands) {
 }
 
 TEST(MeshBuilder, OverridesWriteTheirNumbersAndKeepTheTables) {
-    MeshSpec spec = CubeMesh();
-    const size_t cleanSize = BuildMesh(spec).size();
-    spec.FormatId = kIdAMesh;
-    spec.InnerOffset = 0x7FFFFFF0;
-    spec.VertexCount = -1;
-    spec.TextureCount = 0x40000000;
-    spec.Textures[1].LengthOverride[3] = 5000;
-    const MeshLayout l = LayoutOf(spec);
-    const std::string mesh = BuildMesh(spec);
+    MeshSpec recipe = CubeMesh();
+    const size_t cleanSize = BuildMesh(recipe).size();
+    recipe.FormatId = kIdAMesh;
+    recipe.InnerOffset = 0x7FFFFFF0;
+    recipe.VertexCount = -1;
+    recipe.TextureCount = 0x40000000;
+    recipe.Textures[1].LengthOverride[3] = 5000;
+    const MeshLayout l = LayoutOf(recipe);
+    const std::string mesh = BuildMesh(recipe);
     EXPECT_EQ(mesh.size(), cleanSize);
     EXPECT_EQ(check::U32At(mesh, 4), kIdAMesh);
     EXPECT_EQ(check::U32At(mesh, l.Inner + 4), kMshKindId);
@@ -136,6 +136,6 @@ TEST(MeshBuilder, OverridesWriteTheirNumbersAndKeepTheTables) {
     EXPECT_EQ(check::U32At(mesh, l.TextureCount), 0x40000000u);
     EXPECT_EQ(check::U32At(mesh, l.TextLengths[1][3]), 5000u);
 
-    spec.Truncate = l.TextLengths[1][3] + 6;
-    EXPECT_EQ(BuildMesh(spec), mesh.substr(0, l.TextLengths[1][3] + 6));
+    recipe.Truncate = l.TextLengths[1][3] + 6;
+    EXPECT_EQ(BuildMesh(recipe), mesh.substr(0, l.TextLengths[1][3] + 6));
 }

@@ -49,12 +49,12 @@ TEST(WavBuilder, FormatAndDataChunksHoldWhatTheSpecAsksFor) {
     for (auto [channels, bits, rate] : {std::tuple<uint16_t, uint16_t, uint32_t>{1, 16, 22050}, {2, 16, 44100},
                                         {1, 8, 11025}, {2, 8, 8000}}) {
         SCOPED_TRACE(std::to_string(channels) + " channels, " + std::to_string(bits) + " bits");
-        WavSpec spec;
-        spec.Channels = channels;
-        spec.BitsPerSample = bits;
-        spec.SampleRate = rate;
-        spec.Frames = 1001;  // an odd count, so 8-bit mono data needs a pad byte
-        const std::string wav = BuildWav(spec);
+        WavSpec recipe;
+        recipe.Channels = channels;
+        recipe.BitsPerSample = bits;
+        recipe.SampleRate = rate;
+        recipe.Frames = 1001;  // an odd count, so 8-bit mono data needs a pad byte
+        const std::string wav = BuildWav(recipe);
         const auto chunks = Walk(wav);
         ASSERT_EQ(chunks.size(), 2u);
         EXPECT_EQ(chunks[0].Id, "fmt ");
@@ -69,7 +69,7 @@ TEST(WavBuilder, FormatAndDataChunksHoldWhatTheSpecAsksFor) {
         EXPECT_EQ(fmt.U16(), bits);
         EXPECT_EQ(chunks[1].Id, "data");
         EXPECT_EQ(chunks[1].Size, 1001u * blockAlign);
-        EXPECT_EQ(BlockAlignOf(spec), blockAlign);
+        EXPECT_EQ(BlockAlignOf(recipe), blockAlign);
     }
 }
 
@@ -88,13 +88,13 @@ TEST(WavBuilder, TheToneStartsAtRestAndPeaksAtItsAmplitude) {
 }
 
 TEST(WavBuilder, ExtraChunksAreWalkedPastAndPaddedToEvenSizes) {
-    WavSpec spec;
-    spec.FmtSize = 18;
-    spec.Before = {{"JUNK", "abc"}};
-    spec.Between = {{"LIST", "INFOx"}, {"fact", "1234"}};
-    spec.After = {{"smpl", std::string(7, 's')}};
-    spec.Samples = std::string(5, '\x10');
-    const std::string wav = BuildWav(spec);
+    WavSpec recipe;
+    recipe.FmtSize = 18;
+    recipe.Before = {{"JUNK", "abc"}};
+    recipe.Between = {{"LIST", "INFOx"}, {"fact", "1234"}};
+    recipe.After = {{"smpl", std::string(7, 's')}};
+    recipe.Samples = std::string(5, '\x10');
+    const std::string wav = BuildWav(recipe);
     const auto chunks = Walk(wav);
     std::vector<std::string> ids;
     for (const auto& k : chunks) ids.push_back(k.Id);
@@ -107,17 +107,17 @@ TEST(WavBuilder, ExtraChunksAreWalkedPastAndPaddedToEvenSizes) {
 }
 
 TEST(WavBuilder, DamageSwitchesChangeOnlyWhatTheyName) {
-    WavSpec spec;
-    spec.Frames = 10;
-    spec.DataBeforeFmt = true;
-    auto chunks = Walk(BuildWav(spec));
+    WavSpec recipe;
+    recipe.Frames = 10;
+    recipe.DataBeforeFmt = true;
+    auto chunks = Walk(BuildWav(recipe));
     ASSERT_EQ(chunks.size(), 2u);
     EXPECT_EQ(chunks[0].Id, "data");
     EXPECT_EQ(chunks[1].Id, "fmt ");
 
-    spec.DataBeforeFmt = false;
-    spec.OmitData = true;
-    chunks = Walk(BuildWav(spec));
+    recipe.DataBeforeFmt = false;
+    recipe.OmitData = true;
+    chunks = Walk(BuildWav(recipe));
     ASSERT_EQ(chunks.size(), 1u);
     EXPECT_EQ(chunks[0].Id, "fmt ");
 

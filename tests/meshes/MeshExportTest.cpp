@@ -37,9 +37,9 @@ MeshSpec Triangle() {
 class MeshExport_ : public ::testing::Test {
 protected:
     void SetUp() override { CommonDialog().SetInitDir({}); }
-    std::string Write(const std::string& name, const MeshSpec& spec) {
+    std::string Write(const std::string& name, const MeshSpec& recipe) {
         std::string path = dir / name;
-        WriteFile(path, BuildMesh(spec));
+        WriteFile(path, BuildMesh(recipe));
         return path;
     }
     TempDir dir;
@@ -140,10 +140,10 @@ TEST_F(MeshExport_, ATargetThatCantBeWrittenLeavesNoFile) {
 }
 
 TEST_F(MeshExport_, AVertexTableThatWasNeverAllocatedEndsTheFileAtItsCount) {
-    MeshSpec spec = Triangle();
-    spec.VertexCount = 0x10000000;
+    MeshSpec recipe = Triangle();
+    recipe.VertexCount = 0x10000000;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("huge.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("huge.msh", recipe), 0, nullptr));
     dialogs.Choose(dir / "cut.x");
     EXPECT_EQ(mesh.ExportModel(), MeshExport::WriteFailed);
     EXPECT_FALSE(mesh.Loaded());
@@ -159,10 +159,10 @@ TEST_F(MeshExport_, AnObjectWithoutAFileOpensNoDialog) {
 }
 
 TEST_F(MeshExport_, ARefusedFileIsExportedAsRead) {
-    MeshSpec spec = Triangle();
-    spec.KindId = fixtures::kAmhKindId;
+    MeshSpec recipe = Triangle();
+    recipe.KindId = fixtures::kAmhKindId;
     CMeshFile mesh;
-    ASSERT_FALSE(mesh.Initialize(Write("mixed.msh", spec), 0, nullptr));
+    ASSERT_FALSE(mesh.Initialize(Write("mixed.msh", recipe), 0, nullptr));
     dialogs.Choose(dir / "mixed.x");
     EXPECT_EQ(mesh.ExportModel(), MeshExport::Written);
     EXPECT_EQ(ReadFile(dir / "mixed.x"), kWorkedExample);

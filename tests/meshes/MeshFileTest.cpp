@@ -44,17 +44,17 @@ MeshTexture Texture(int32_t head, std::array<std::string, 4> texts) {
 // A mesh whose vertex table is too large for the file layer's read buffer, so
 // that every read of the body goes to the disk.
 MeshSpec LargeMesh(float sign) {
-    MeshSpec spec;
-    for (int i = 0; i < 5000; ++i) spec.Vertices.push_back({sign * static_cast<float>(i), 0, 0});
-    spec.Polygons = {{0, 1, 2}};
-    return spec;
+    MeshSpec recipe;
+    for (int i = 0; i < 5000; ++i) recipe.Vertices.push_back({sign * static_cast<float>(i), 0, 0});
+    recipe.Polygons = {{0, 1, 2}};
+    return recipe;
 }
 
 class MeshFile : public ::testing::Test {
 protected:
-    std::string Write(const std::string& name, const MeshSpec& spec) {
+    std::string Write(const std::string& name, const MeshSpec& recipe) {
         std::string path = dir / name;
-        WriteFile(path, BuildMesh(spec));
+        WriteFile(path, BuildMesh(recipe));
         return path;
     }
     std::string Write(const std::string& name, const std::string& bytes) {
@@ -63,9 +63,9 @@ protected:
         return path;
     }
     // Binds a new object to the mesh, shows it and gives the pane's text.
-    std::string ReportOf(const MeshSpec& spec) {
+    std::string ReportOf(const MeshSpec& recipe) {
         CMeshFile mesh;
-        mesh.Initialize(Write("r.msh", spec), 0, &form.oListView);
+        mesh.Initialize(Write("r.msh", recipe), 0, &form.oListView);
         EXPECT_FALSE(mesh.Show(0)) << "Show answers false on every path";
         return form.tReport.Text();
     }
@@ -77,10 +77,10 @@ protected:
 
 TEST_F(MeshFile, AcceptsBothKindsWithTheSameInformation) {
     for (MeshKind kind : {MeshKind::Msh, MeshKind::Amh}) {
-        MeshSpec spec = fixtures::CubeMesh(kind);
-        spec.InnerGap = kind == MeshKind::Amh ? 40 : 0;
+        MeshSpec recipe = fixtures::CubeMesh(kind);
+        recipe.InnerGap = kind == MeshKind::Amh ? 40 : 0;
         CMeshFile mesh;
-        EXPECT_TRUE(mesh.Initialize(Write("m", spec), 0, &form.oListView));
+        EXPECT_TRUE(mesh.Initialize(Write("m", recipe), 0, &form.oListView));
         EXPECT_EQ(mesh.Information(), "Mesh File");
         EXPECT_EQ(mesh.Width(), -1);
         EXPECT_EQ(mesh.Height(), -1);
@@ -98,9 +98,9 @@ TEST_F(MeshFile, RefusesMixedKindsAndWrongSignatures) {
     mixed[1].KindId = fixtures::kMshKindId;
     mixed[2].OuterSignature = 0x16E71;
     mixed[3].InnerSignature = 0x6E72;
-    for (const MeshSpec& spec : mixed) {
+    for (const MeshSpec& recipe : mixed) {
         CMeshFile mesh;
-        EXPECT_FALSE(mesh.Initialize(Write("mix", spec), 0, nullptr));
+        EXPECT_FALSE(mesh.Initialize(Write("mix", recipe), 0, nullptr));
         EXPECT_EQ(mesh.Information(), "");
         EXPECT_EQ(mesh.Width(), -1);
         EXPECT_EQ(mesh.Height(), -1);
@@ -108,13 +108,13 @@ TEST_F(MeshFile, RefusesMixedKindsAndWrongSignatures) {
 }
 
 TEST_F(MeshFile, NeedsBothHeadersWhole) {
-    MeshSpec spec = Triangle();
+    MeshSpec recipe = Triangle();
     CMeshFile exact, short55, cutInner, missing;
     // 56 bytes are two whole headers and no body.
-    spec.Truncate = 56;
-    EXPECT_TRUE(exact.Initialize(Write("56", spec), 0, nullptr));
-    spec.Truncate = 55;
-    EXPECT_FALSE(short55.Initialize(Write("55", spec), 0, nullptr));
+    recipe.Truncate = 56;
+    EXPECT_TRUE(exact.Initialize(Write("56", recipe), 0, nullptr));
+    recipe.Truncate = 55;
+    EXPECT_FALSE(short55.Initialize(Write("55", recipe), 0, nullptr));
     // An inner header so near the end that it is cut: its signature and kind
     // are there, its last byte is not.
     std::string bytes = BuildMesh(Triangle());
@@ -141,10 +141,10 @@ TEST_F(MeshFile, ReportOfAMeshWithoutTextureInformationHasFourLines) {
 }
 
 TEST_F(MeshFile, ReportListsTextureRecordsFromZero) {
-    MeshSpec spec = fixtures::CubeMesh(MeshKind::Amh);
-    spec.Textures.push_back(Texture(0, {"", "b", "", ""}));
+    MeshSpec recipe = fixtures::CubeMesh(MeshKind::Amh);
+    recipe.Textures.push_back(Texture(0, {"", "b", "", ""}));
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("tex.amh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("tex.amh", recipe), 0, nullptr));
     form.tReport.SetText("old");
     EXPECT_FALSE(mesh.Show(0));
     EXPECT_EQ(form.tReport.Text(),
@@ -174,9 +174,9 @@ TEST_F(MeshFile, ReportListsTextureRecordsFromZero) {
 }
 
 TEST_F(MeshFile, ATextKeepsItsZeroBytes) {
-    MeshSpec spec = Triangle();
-    spec.Textures = {Texture(0, {"a\0b"s, "", "", ""})};
-    EXPECT_NE(ReportOf(spec).find(" a) a\0b\r\n b) "s), std::string::npos);
+    MeshSpec recipe = Triangle();
+    recipe.Textures = {Texture(0, {"a\0b"s, "", "", ""})};
+    EXPECT_NE(ReportOf(recipe).find(" a) a\0b\r\n b) "s), std::string::npos);
 }
 
 TEST_F(MeshFile, ShowingTwiceReadsTheFileOnce) {
@@ -202,11 +202,11 @@ TEST_F(MeshFile, ShowWithoutAFileLeavesThePane) {
 }
 
 TEST_F(MeshFile, ARefusedFileIsStillReadWhenShown) {
-    MeshSpec spec = fixtures::CubeMesh();
-    spec.FormatId = fixtures::kIdAMesh;  // with the inner kind of a msh
-    spec.Textures.clear();
+    MeshSpec recipe = fixtures::CubeMesh();
+    recipe.FormatId = fixtures::kIdAMesh;  // with the inner kind of a msh
+    recipe.Textures.clear();
     CMeshFile mesh;
-    ASSERT_FALSE(mesh.Initialize(Write("refused", spec), 0, nullptr));
+    ASSERT_FALSE(mesh.Initialize(Write("refused", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_EQ(form.tReport.Text(), Counts(8, 12, 0));
 }
@@ -214,10 +214,10 @@ TEST_F(MeshFile, ARefusedFileIsStillReadWhenShown) {
 // ---- Damaged files ---------------------------------------------------------
 
 TEST_F(MeshFile, ANegativeCountStopsTheBody) {
-    MeshSpec spec = fixtures::CubeMesh();
-    spec.TripleCount = -1;
+    MeshSpec recipe = fixtures::CubeMesh();
+    recipe.TripleCount = -1;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("neg.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("neg.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());
     // Tables read so far stay; later counts keep 0.
@@ -231,39 +231,39 @@ TEST_F(MeshFile, ANegativeCountStopsTheBody) {
 }
 
 TEST_F(MeshFile, ABodyThatFailedIsReadAgainByTheNextShow) {
-    MeshSpec spec = LargeMesh(1);
-    spec.TextureCount = -1;
-    std::string path = Write("again.msh", spec);
+    MeshSpec recipe = LargeMesh(1);
+    recipe.TextureCount = -1;
+    std::string path = Write("again.msh", recipe);
     CMeshFile mesh;
     ASSERT_TRUE(mesh.Initialize(path, 0, nullptr));
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());
     EXPECT_EQ(mesh.Vertices()(4999).x, 4999.0f);
-    spec = LargeMesh(-1);
-    spec.TextureCount = -1;
-    Write("again.msh", spec);
+    recipe = LargeMesh(-1);
+    recipe.TextureCount = -1;
+    Write("again.msh", recipe);
     mesh.Show(0);
     EXPECT_EQ(mesh.Vertices()(4999).x, -4999.0f);
 }
 
 TEST_F(MeshFile, ACountWhoseByteSizeOverflowsStopsTheBodyButNotTheReport) {
     // 0x08000000 vertices of 16 bytes are 2^31 bytes; one fewer still fits.
-    MeshSpec spec = Triangle();
-    spec.VertexCount = 0x08000000;
+    MeshSpec recipe = Triangle();
+    recipe.VertexCount = 0x08000000;
     CMeshFile over;
-    ASSERT_TRUE(over.Initialize(Write("o.msh", spec), 0, nullptr));
+    ASSERT_TRUE(over.Initialize(Write("o.msh", recipe), 0, nullptr));
     over.Show(0);
     EXPECT_FALSE(over.Loaded());
     EXPECT_EQ(form.tReport.Text(), Counts(0x08000000, 0, 0));
 
-    spec.VertexCount = 0x07FFFFFF;
+    recipe.VertexCount = 0x07FFFFFF;
     CMeshFile fits;
-    ASSERT_TRUE(fits.Initialize(Write("f.msh", spec), 0, nullptr));
+    ASSERT_TRUE(fits.Initialize(Write("f.msh", recipe), 0, nullptr));
     fits.Show(0);
     EXPECT_TRUE(fits.Loaded());
     EXPECT_EQ(fits.VertexCount(), 0x07FFFFFF);
     // No more records are taken than the bytes behind the count can fill.
-    const fixtures::MeshLayout layout = LayoutOf(spec);
+    const fixtures::MeshLayout layout = LayoutOf(recipe);
     EXPECT_EQ(fits.Vertices().StoredCount(), (layout.End - layout.Body - 4 + 15) / 16);
     EXPECT_EQ(fits.Vertices()(1).x, 1.0f);
     EXPECT_EQ(fits.Vertices()(0x07FFFFFE).x, 0.0f);
@@ -273,11 +273,11 @@ TEST_F(MeshFile, ACountWhoseByteSizeOverflowsStopsTheBodyButNotTheReport) {
 }
 
 TEST_F(MeshFile, AFileThatEndsInsideATableReadsTheRestAsZeros) {
-    MeshSpec spec = fixtures::CubeMesh();
+    MeshSpec recipe = fixtures::CubeMesh();
     // Cut in the middle of vertex 3's y.
-    spec.Truncate = LayoutOf(spec).Body + 4 + 16 * 3 + 6;
+    recipe.Truncate = LayoutOf(recipe).Body + 4 + 16 * 3 + 6;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("cut.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("cut.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
     EXPECT_EQ(mesh.VertexCount(), 8);
@@ -290,11 +290,11 @@ TEST_F(MeshFile, AFileThatEndsInsideATableReadsTheRestAsZeros) {
 }
 
 TEST_F(MeshFile, ACountCutByTheEndKeepsTheBytesItHad) {
-    MeshSpec spec = Triangle();
+    MeshSpec recipe = Triangle();
     // Two of the four bytes of the polygon count: 01 00.
-    spec.Truncate = LayoutOf(spec).PolygonCount + 2;
+    recipe.Truncate = LayoutOf(recipe).PolygonCount + 2;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("c.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("c.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
     EXPECT_EQ(mesh.PolygonCount(), 1);
@@ -302,11 +302,11 @@ TEST_F(MeshFile, ACountCutByTheEndKeepsTheBytesItHad) {
 }
 
 TEST_F(MeshFile, TextureRecordsBehindTheEndReadAsEmpty) {
-    MeshSpec spec = Triangle();
-    spec.Textures = {Texture(1, {"abc", "", "", ""})};
-    spec.TextureCount = 3;
+    MeshSpec recipe = Triangle();
+    recipe.Textures = {Texture(1, {"abc", "", "", ""})};
+    recipe.TextureCount = 3;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("t.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("t.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
     EXPECT_EQ(form.tReport.Text(), Counts(3, 1, 3) +
@@ -317,23 +317,23 @@ TEST_F(MeshFile, TextureRecordsBehindTheEndReadAsEmpty) {
 }
 
 TEST_F(MeshFile, ATextThatRunsPastTheEndIsPaddedWithZeros) {
-    MeshSpec spec = Triangle();
-    spec.Textures = {Texture(0, {"abcdef", "", "", ""})};
-    spec.Textures[0].LengthOverride[0] = 9;
-    spec.Truncate = LayoutOf(spec).TextLengths[0][0] + 4 + 6;
+    MeshSpec recipe = Triangle();
+    recipe.Textures = {Texture(0, {"abcdef", "", "", ""})};
+    recipe.Textures[0].LengthOverride[0] = 9;
+    recipe.Truncate = LayoutOf(recipe).TextLengths[0][0] + 4 + 6;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("p.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("p.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_EQ(mesh.TextureInfos()(0).aText[0].sText, "abcdef");
     EXPECT_EQ(form.tReport.Text(), Counts(3, 1, 1) + "Info# 0\r\n a) abcdef\0\0\0\r\n b) \r\n c) \r\n d) \r\n"s);
 }
 
 TEST_F(MeshFile, AHugeTextLengthEndsInTheOutOfMemoryText) {
-    MeshSpec spec = Triangle();
-    spec.Textures = {Texture(0, {"abc", "", "", ""})};
-    spec.Textures[0].LengthOverride[0] = 0x7FFFFFFF;
+    MeshSpec recipe = Triangle();
+    recipe.Textures = {Texture(0, {"abc", "", "", ""})};
+    recipe.Textures[0].LengthOverride[0] = 0x7FFFFFFF;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("h.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("h.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
     EXPECT_EQ(mesh.TextureInfos()(0).aText[0].lLength, 0x7FFFFFFF);
@@ -343,10 +343,10 @@ TEST_F(MeshFile, AHugeTextLengthEndsInTheOutOfMemoryText) {
 }
 
 TEST_F(MeshFile, TextureTableThatCantBeAllocatedEndsInTheOutOfMemoryText) {
-    MeshSpec spec = Triangle();
-    spec.TextureCount = 0x7FFFFFFF;
+    MeshSpec recipe = Triangle();
+    recipe.TextureCount = 0x7FFFFFFF;
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("n.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("n.msh", recipe), 0, nullptr));
     form.tReport.SetText("old");
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());
@@ -355,19 +355,19 @@ TEST_F(MeshFile, TextureTableThatCantBeAllocatedEndsInTheOutOfMemoryText) {
 }
 
 TEST_F(MeshFile, AReportLongerThanThePaneEndsInTheOutOfMemoryText) {
-    MeshSpec spec = Triangle();
-    spec.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
+    MeshSpec recipe = Triangle();
+    recipe.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("l.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("l.msh", recipe), 0, nullptr));
     form.tReport.SetCapacity(200);
     mesh.Show(0);
     EXPECT_EQ(form.tReport.Text(), kOutOfMemory);
     // A million empty records behind the end of a small file fill no memory,
     // and their report is too long for the pane of 4 MiB.
     form.tReport.SetCapacity(4u * 1024u * 1024u);
-    spec.TextureCount = 1000000;
+    recipe.TextureCount = 1000000;
     CMeshFile many;
-    ASSERT_TRUE(many.Initialize(Write("m.msh", spec), 0, nullptr));
+    ASSERT_TRUE(many.Initialize(Write("m.msh", recipe), 0, nullptr));
     form.tReport.SetText({});
     many.Show(0);
     EXPECT_TRUE(many.Loaded());
@@ -376,10 +376,10 @@ TEST_F(MeshFile, AReportLongerThanThePaneEndsInTheOutOfMemoryText) {
 }
 
 TEST_F(MeshFile, APaneTooSmallForTheFailureTextKeepsWhatItHad) {
-    MeshSpec spec = Triangle();
-    spec.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
+    MeshSpec recipe = Triangle();
+    recipe.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
     CMeshFile mesh;
-    ASSERT_TRUE(mesh.Initialize(Write("s.msh", spec), 0, nullptr));
+    ASSERT_TRUE(mesh.Initialize(Write("s.msh", recipe), 0, nullptr));
     form.tReport.SetText("before");
     form.tReport.SetCapacity(20);
     EXPECT_FALSE(mesh.Show(0));
@@ -387,10 +387,10 @@ TEST_F(MeshFile, APaneTooSmallForTheFailureTextKeepsWhatItHad) {
 }
 
 TEST_F(MeshFile, AnInnerOffsetOutsideTheFileGivesAQuietReport) {
-    MeshSpec spec = Triangle();
-    spec.InnerOffset = 0x7FFFFFF0;
+    MeshSpec recipe = Triangle();
+    recipe.InnerOffset = 0x7FFFFFF0;
     CMeshFile mesh;
-    EXPECT_FALSE(mesh.Initialize(Write("far.msh", spec), 0, nullptr));
+    EXPECT_FALSE(mesh.Initialize(Write("far.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());
     EXPECT_EQ(form.tReport.Text(), Counts(0, 0, 0));

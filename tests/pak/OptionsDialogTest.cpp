@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "fixtures/ByteWriter.h"
+#include "fixtures/RegistryHome.h"
 #include "fixtures/ScriptedDialogs.h"
 #include "identify/modGlobal.h"
 #include "pak/frmOpt.h"
@@ -17,8 +18,6 @@ namespace {
 class OptionsDialog : public ::testing::Test {
 protected:
     void SetUp() override {
-        setenv("XDG_CONFIG_HOME", (dir / "config").c_str(), 1);
-        setenv("XDG_CONFIG_DIRS", (dir / "xdg").c_str(), 1);
         g_sPkzipPath = "/old/pkzip";
         g_sUnpakPath = "/old/unpak";
         g_sShortCutPath = "/old/short/";
@@ -31,8 +30,9 @@ protected:
         g_sUnpakPath.clear();
         g_sShortCutPath.clear();
     }
-    std::string Stored() { return fixtures::ReadFile(dir / "config/quarrin/user.reg"); }
+    std::string Stored() { return fixtures::ReadFile(home.UserFile()); }
 
+    fixtures::RegistryHome home;
     TempDir dir;
     fixtures::ScriptedMessageBoxes boxes;
     frmOpt form;
@@ -83,7 +83,7 @@ TEST_F(OptionsDialog, AMissingShortcutFolderStoresNothing) {
     EXPECT_EQ(boxes.Calls[0].title, "Custom Shortcut Error");
     EXPECT_FALSE(form.IsUnloaded());
     EXPECT_EQ(g_sPkzipPath, "/old/pkzip");
-    EXPECT_FALSE(std::filesystem::exists(dir / "config/quarrin/user.reg"));
+    EXPECT_FALSE(std::filesystem::exists(home.UserFile()));
 }
 
 TEST_F(OptionsDialog, CancelChangesNothing) {
@@ -91,5 +91,5 @@ TEST_F(OptionsDialog, CancelChangesNothing) {
     form.cmdValidate_Click(0);
     EXPECT_TRUE(form.IsUnloaded());
     EXPECT_EQ(g_sPkzipPath, "/old/pkzip");
-    EXPECT_FALSE(std::filesystem::exists(dir / "config/quarrin/user.reg"));
+    EXPECT_FALSE(std::filesystem::exists(home.UserFile()));
 }
