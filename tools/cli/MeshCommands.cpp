@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "CliSupport.h"
 #include "Commands.h"
 #include "identify/modGlobal.h"
 #include "meshes/CMeshFile.h"
@@ -19,23 +20,11 @@ const char kMeshUsage[] =
     "usage: quarrin-cli mesh report PATH\n"
     "       quarrin-cli mesh export PATH OUT\n";
 
-int MeshFail(const std::string& message) {
-    std::cerr << "quarrin-cli: " << message << "\n";
-    return 1;
-}
+int MeshFail(const std::string& message) { return CliFail(message); }
 
 // Binds the mesh object to a path; false with the reason when it isn't a mesh.
 bool OpenMesh(CMeshFile& mesh, frmMain& form, const std::string& path, std::string& why) {
-    if (IsDirectory(path)) {
-        why = path + ": is a folder, not a file";
-        return false;
-    }
-    HFILE h = _lopen(path, OF_READ);
-    if (h <= 0) {
-        why = path + ": cannot be opened";
-        return false;
-    }
-    _lclose(h);
+    if (!CheckReadableFile(path, why)) return false;
     if (!mesh.Initialize(path, 0, &form.oListView)) {
         why = path + ": is not a mesh file";
         return false;
@@ -54,37 +43,12 @@ int MeshReport(const std::string& path) {
     return 0;
 }
 
-// The user at the save dialog: picks one path with the first filter.
-class ChosenPath : public IFileDialogService {
-public:
-    explicit ChosenPath(std::string path) : m_sPath(std::move(path)) { SetFileDialogService(this); }
-    ~ChosenPath() override { SetFileDialogService(nullptr); }
-    FileDialogAnswer Show(const FileDialogRequest&) override {
-        FileDialogAnswer answer;
-        answer.accepted = true;
-        answer.paths = {m_sPath};
-        answer.filterIndex = 1;
-        return answer;
-    }
-
-private:
-    std::string m_sPath;
-};
-
-// The user at the replace question: always Yes.
-class AnswerYes : public IMessageBoxService {
-public:
-    AnswerYes() { SetMessageBoxService(this); }
-    ~AnswerYes() override { SetMessageBoxService(nullptr); }
-    int32_t Show(const std::string&, int32_t, const std::string&) override { return vbYes; }
-};
-
 int MeshExportCommand(const std::string& path, const std::string& out) {
     frmMain form;
     CMeshFile mesh;
     std::string why;
     if (!OpenMesh(mesh, form, path, why)) return MeshFail(why);
-    ChosenPath chooser(out);
+    AnswerFileDialog chooser(out, 1);
     AnswerYes yes;
     MeshExport outcome = mesh.ExportModel();
     // The dialog appends the extension of its filter to a name without it.

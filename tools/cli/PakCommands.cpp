@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "CliSupport.h"
 #include "Commands.h"
 #include "controls/ListView.h"
 #include "identify/modGlobal.h"
@@ -24,23 +25,11 @@ const char kPakUsage[] =
     "usage: quarrin-cli pak list PATH\n"
     "       quarrin-cli pak save PATH INDEX OUT [--bare]\n";
 
-int PakFail(const std::string& message) {
-    std::cerr << "quarrin-cli: " << message << "\n";
-    return 1;
-}
+int PakFail(const std::string& message) { return CliFail(message); }
 
 // Binds a PAK object to a path and lists it into `lv`, in directory order.
 bool OpenPak(CPAKFile& pak, ListView& lv, const std::string& path, std::string& why) {
-    if (IsDirectory(path)) {
-        why = path + ": is a folder, not a file";
-        return false;
-    }
-    HFILE h = _lopen(path, OF_READ);
-    if (h <= 0) {
-        why = path + ": cannot be opened";
-        return false;
-    }
-    _lclose(h);
+    if (!CheckReadableFile(path, why)) return false;
     if (!pak.Initialize(path, 0, &lv)) {
         why = path + ": is not a PAK archive";
         return false;
@@ -65,41 +54,6 @@ int PakList(const std::vector<std::string>& args) {
     std::cout.flush();
     return 0;
 }
-
-// The user at the save dialog: picks one path under one filter.
-class AnswerFileDialog : public IFileDialogService {
-public:
-    AnswerFileDialog(std::string path, int32_t filterIndex)
-        : path_(std::move(path)), filterIndex_(filterIndex), previous_(GetFileDialogService()) {
-        SetFileDialogService(this);
-    }
-    ~AnswerFileDialog() override { SetFileDialogService(previous_); }
-    FileDialogAnswer Show(const FileDialogRequest& request) override {
-        FileDialogAnswer answer;
-        answer.accepted = true;
-        answer.paths = {path_};
-        // A dialog with fewer filters can't offer the one asked for.
-        const auto count = static_cast<int32_t>(request.filters.size());
-        answer.filterIndex = std::max(1, std::min(filterIndex_, count));
-        return answer;
-    }
-
-private:
-    std::string path_;
-    int32_t filterIndex_;
-    IFileDialogService* previous_;
-};
-
-// The user at the replace question: answers Yes.
-class AnswerYes : public IMessageBoxService {
-public:
-    AnswerYes() : previous_(GetMessageBoxService()) { SetMessageBoxService(this); }
-    ~AnswerYes() override { SetMessageBoxService(previous_); }
-    int32_t Show(const std::string&, int32_t, const std::string&) override { return vbYes; }
-
-private:
-    IMessageBoxService* previous_;
-};
 
 int PakSave(const std::vector<std::string>& args) {
     std::vector<std::string> positional;

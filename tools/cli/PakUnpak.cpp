@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "CliSupport.h"
 #include "Commands.h"
 #include "controls/ListView.h"
 #include "identify/modGlobal.h"
@@ -15,10 +16,7 @@
 
 namespace {
 
-int Fail(const std::string& message) {
-    std::cerr << "quarrin-cli: " << message << "\n";
-    return 1;
-}
+int Fail(const std::string& message) { return CliFail(message); }
 
 // Message boxes of the dialog go to standard error.
 class StderrBoxes : public IMessageBoxService {

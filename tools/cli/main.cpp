@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "CliSupport.h"
 #include "Commands.h"
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
@@ -37,25 +38,7 @@ const char kUsage[] =
     "  mesh export PATH OUT        writes a mesh as a DirectX text model\n"
     "  --help                      this text\n";
 
-int Fail(const std::string& message) {
-    std::cerr << "quarrin-cli: " << message << "\n";
-    return 1;
-}
-
-// A path must name a file that can be opened for reading.
-bool CheckReadable(const std::string& path, std::string& why) {
-    if (IsDirectory(path)) {
-        why = path + ": is a folder, not a file";
-        return false;
-    }
-    HFILE h = _lopen(path, OF_READ);
-    if (h <= 0) {
-        why = path + ": cannot be opened: " + std::strerror(errno);
-        return false;
-    }
-    _lclose(h);
-    return true;
-}
+int Fail(const std::string& message) { return CliFail(message); }
 
 const char* KindName(int32_t kind) {
     switch (kind) {
@@ -101,7 +84,7 @@ void PrintState(frmMain& form) {
 int RunSelect(const std::vector<std::string>& args, bool preview) {
     if (args.size() != 1) return Fail(std::string(preview ? "preview" : "select") + " takes one PATH");
     std::string why;
-    if (!CheckReadable(args[0], why)) return Fail(why);
+    if (!CheckReadableFile(args[0], why)) return Fail(why);
     frmMain form;
     if (!SelectFile(form, args[0], why)) return Fail(why);
     if (preview) form.oFile_DblClick();
@@ -128,7 +111,7 @@ int RunHex(const std::vector<std::string>& args) {
     }
     if (path.empty()) return Fail("hex takes a PATH");
     std::string why;
-    if (!CheckReadable(path, why)) return Fail(why);
+    if (!CheckReadableFile(path, why)) return Fail(why);
     frmMain form;
     form.m_oBinFile = std::make_unique<CBINFile>(form);
     if (!form.m_oBinFile->Initialize(path, 0, &form.oListView)) return Fail(path + ": cannot be opened");

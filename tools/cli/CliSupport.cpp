@@ -1,0 +1,49 @@
+#include "CliSupport.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+
+#include "platform/Files.h"
+
+int CliFail(const std::string& message) {
+    std::cerr << "quarrin-cli: " << message << "\n";
+    return 1;
+}
+
+bool CheckReadableFile(const std::string& path, std::string& why) {
+    if (IsDirectory(path)) {
+        why = path + ": is a folder, not a file";
+        return false;
+    }
+    errno = 0;
+    HFILE h = _lopen(path, OF_READ);
+    if (h <= 0) {
+        why = path + ": cannot be opened" + (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string());
+        return false;
+    }
+    _lclose(h);
+    return true;
+}
+
+AnswerFileDialog::AnswerFileDialog(std::string path, int32_t filterIndex)
+    : path_(std::move(path)), filterIndex_(filterIndex), previous_(GetFileDialogService()) {
+    SetFileDialogService(this);
+}
+
+AnswerFileDialog::~AnswerFileDialog() { SetFileDialogService(previous_); }
+
+FileDialogAnswer AnswerFileDialog::Show(const FileDialogRequest& request) {
+    FileDialogAnswer answer;
+    answer.accepted = true;
+    answer.paths = {path_};
+    // A dialog with fewer filters can't offer the one asked for.
+    const auto count = static_cast<int32_t>(request.filters.size());
+    answer.filterIndex = std::max(1, std::min(filterIndex_, count));
+    return answer;
+}
+
+AnswerYes::AnswerYes() : previous_(GetMessageBoxService()) { SetMessageBoxService(this); }
+
+AnswerYes::~AnswerYes() { SetMessageBoxService(previous_); }
