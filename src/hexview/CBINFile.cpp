@@ -1,5 +1,7 @@
 #include "hexview/CBINFile.h"
 
+#include <algorithm>
+
 #include "hexview/HexPage.h"
 #include "identify/modGlobal.h"
 #include "platform/Runtime.h"
@@ -67,13 +69,13 @@ bool CBINFile::Show(int32_t hDesDC) {
     return complete;
 }
 
-std::string CBINFile::ReadAll(std::string& lpPathName) {
+std::string CBINFile::ReadAll(std::string& lpPathName, int64_t limit) {
     lpPathName = VbReplace(lpPathName, "//", "/");
     int16_t number = 0;
     try {
         number = FreeFile();
         VbOpen(number, lpPathName, VbOpenMode::Input);
-        std::string text = VbGet(number, VbLOF(number));
+        std::string text = VbGet(number, std::min(VbLOF(number), limit));
         VbClose(number);
         return text;
     } catch (const RuntimeError& e) {

@@ -3,6 +3,7 @@
 // and the reader of whole text files for the text view. One object serves the
 // whole run and is pointed at each new file in turn.
 #include <cstdint>
+#include <climits>
 #include <string>
 
 #include "platform/Files.h"
@@ -27,8 +28,10 @@ public:
     bool Show(int32_t hDesDC);
     bool SaveAs() { return false; }
     // The whole file as text, one character per byte; on a failure the
-    // error's number as text.
-    std::string ReadAll(std::string& lpPathName);
+    // error's number as text. With a limit, no more than that many bytes are
+    // read: the text view asks for one byte more than its pane can hold, since
+    // a longer text is cut anyway, and so a huge file costs no more memory.
+    std::string ReadAll(std::string& lpPathName, int64_t limit = INT64_MAX);
 
     int64_t FileLength() const { return m_lFileLength; }
 

@@ -298,7 +298,7 @@ void frmMain::oFile_DblClick() {
                 try {
                     if (!m_oBinFile) m_oBinFile = std::make_unique<CBINFile>(*this);
                     std::string path = SelectedPath();
-                    text = m_oBinFile->ReadAll(path);
+                    text = m_oBinFile->ReadAll(path, static_cast<int64_t>(tReport.Capacity()) + 1);
                 } catch (const RuntimeError&) {
                     failed = true;
                 } catch (const std::bad_alloc&) {

@@ -128,6 +128,7 @@ TEST_F(BinFile, ReadsWholeFilesAsTextOrGivesTheErrorNumber) {
     EXPECT_EQ(bin.ReadAll(path), bytes);
     std::string doubled = dir.Path() + "//t.txt";
     EXPECT_EQ(bin.ReadAll(doubled), bytes);
+    EXPECT_EQ(bin.ReadAll(path, 4), "line");
     std::string missing = dir / "none.txt";
     EXPECT_EQ(bin.ReadAll(missing), "53");
 }
