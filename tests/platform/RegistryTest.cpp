@@ -148,31 +148,6 @@ TEST(RegistryHives, ValuesOfEveryKindRoundTripThroughAReadableFile) {
     EXPECT_EQ(data, std::string("two\r\nlines\0", 11));
 }
 
-TEST(RegistryHives, LongRunsOfBytesWrapAndReadBack) {
-    RegistryHome home;
-    std::string bytes;
-    for (int i = 0; i < 300; ++i) bytes += static_cast<char>(i * 7);
-    HKEY h = Create("Software\\Big");
-    ASSERT_EQ(SetBytes(h, "Blob", REG_BINARY, bytes), ERROR_SUCCESS);
-    RegCloseKey(h);
-    const std::string text = ReadFile(home.UserFile());
-    size_t start = 0, lines = 0;
-    while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        EXPECT_LE(end - start, 80u) << text.substr(start, end - start);
-        start = end + 1;
-        ++lines;
-    }
-    EXPECT_GT(lines, 10u);
-
-    RegistryHome other;
-    other.WriteUser(text);
-    DWORD type = 0;
-    std::string data;
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Big", "Blob", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, bytes);
-}
-
 TEST(RegistryHives, HandWrittenFilesAreReadLeniently) {
     RegistryHome home;
     home.WriteUser(

@@ -288,36 +288,3 @@ TEST_F(FileDialog, ParseMultiFileNameOnSinglePaths) {
     EXPECT_EQ(folder, "/given");
     EXPECT_EQ(files, (std::vector<std::string>{"/d", "a", "b"}));
 }
-
-TEST_F(FileDialog, DirectCallersGetTheDefaults) {
-    GCommonDialog g;
-    OpenFileNameArgs open;
-    user.Choose("/a/b.txt");
-    EXPECT_TRUE(g.VBGetOpenFileName(open));
-    EXPECT_EQ(user.Requests.at(0).filters, (Pairs{{"All (*.*)", " *.*"}}));
-    EXPECT_TRUE(user.Requests.at(0).fileMustExist);
-    EXPECT_EQ(user.Requests.at(0).hwndOwner, 0);
-    EXPECT_EQ(g.APIReturn(), 1);
-    SaveFileNameArgs save;
-    user.Choose("/a/c");
-    EXPECT_TRUE(g.VBGetSaveFileName(save));
-    EXPECT_TRUE(user.Requests.at(1).overwritePrompt);
-    EXPECT_EQ(save.DefaultExt, "");  // the pattern " *.*" behind its point, without wildcards
-}
-
-TEST_F(FileDialog, PropertiesKeepWhatTheyAreGiven) {
-    dlg.SetFontBold(true);
-    dlg.SetFontName("Courier");
-    EXPECT_TRUE(dlg.Font()->Bold);
-    EXPECT_EQ(dlg.FontName(), "Courier");
-    EXPECT_EQ(dlg.FontSize(), 8);
-    dlg.SetCustomColor(15, 0x123456);
-    EXPECT_EQ(dlg.CustomColor(15), 0x123456);
-    EXPECT_EQ(Raised([&] { dlg.SetCustomColor(16, 0); }).Number, 9);
-    dlg.SetMaxFileSize(1000);
-    dlg.SetPrinterDefault(1);
-    EXPECT_EQ(dlg.MaxFileSize(), 1000);
-    EXPECT_EQ(dlg.FilterIndex(), 1);  // after creation
-    EXPECT_EQ(&CommonDialog(), &CommonDialog());
-    EXPECT_EQ(g_oCommonDialog.get(), &CommonDialog());
-}

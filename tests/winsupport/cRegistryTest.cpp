@@ -334,14 +334,6 @@ TEST_F(RegistryObject, AdditionalAssociationsCheckTheirArguments) {
     EXPECT_EQ(e.Description, "Error - attempt to create additional associations before class defined.");
 }
 
-TEST_F(RegistryObject, TheSharedObjectIsMadeOnce) {
-    cRegistry& a = Registry();
-    a.SetValueType(REG_SZ);
-    EXPECT_EQ(&Registry(), &a);
-    EXPECT_EQ(g_oRegistry.get(), &a);
-    EXPECT_EQ(Registry().ValueType(), REG_SZ);
-}
-
 TEST(VariantValue, ConvertsAsTheRuntimeDoes) {
     EXPECT_EQ(Variant().ToString(), "");
     EXPECT_EQ(Variant(true).ToString(), "True");
