@@ -85,6 +85,17 @@ QLabel* BindLabel(Label& model, QWidget* parent) {
     return label;
 }
 
+// "&Ok" (the default button) and "&Cancel" at the foot of a dialog.
+void AddButtonRow(QGridLayout& grid, CommandButton (&cmdValidate)[2], QWidget* parent, int row) {
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    QPushButton* ok = BindButton(cmdValidate[1], parent);
+    ok->setDefault(true);
+    buttons->addWidget(ok);
+    buttons->addWidget(BindButton(cmdValidate[0], parent));
+    grid.addLayout(buttons, row, 0, 1, 3);
+}
+
 // Runs a modal form's dialog until the form unloads.
 void RunDialog(QDialog& dialog, ModalForm& form) {
     form.Unloading.Connect([&dialog] { dialog.done(0); });
@@ -184,13 +195,7 @@ public:
         form.oPBar.Changed.Connect(showBar);
         grid->addWidget(bar, 4, 0, 1, 3);
 
-        auto* buttons = new QHBoxLayout;
-        buttons->addStretch();
-        QPushButton* ok = BindButton(form.cmdValidate[1], this);
-        ok->setDefault(true);
-        buttons->addWidget(ok);
-        buttons->addWidget(BindButton(form.cmdValidate[0], this));
-        grid->addLayout(buttons, 5, 0, 1, 3);
+        AddButtonRow(*grid, form.cmdValidate, this, 5);
         resize(460, sizeHint().height());
     }
 
@@ -221,13 +226,7 @@ public:
         os->addWidget(BindOption(form.optOS[1], this));
         os->addStretch();
         grid->addLayout(os, 3, 1, 1, 2);
-        auto* buttons = new QHBoxLayout;
-        buttons->addStretch();
-        QPushButton* ok = BindButton(form.cmdValidate[1], this);
-        ok->setDefault(true);
-        buttons->addWidget(ok);
-        buttons->addWidget(BindButton(form.cmdValidate[0], this));
-        grid->addLayout(buttons, 4, 0, 1, 3);
+        AddButtonRow(*grid, form.cmdValidate, this, 4);
         resize(460, sizeHint().height());
     }
 

@@ -20,6 +20,35 @@ const std::shared_ptr<StdFont>& cCommonDialog::Font() {
     return m_oFont;
 }
 
+// The open and save dialogs take the same properties in and give them back.
+template <typename Args>
+void cCommonDialog::PutArgs(Args& args) {
+    args.Filename = m_sFileName;
+    args.FileTitle = m_sFileTitle;
+    args.Filter = m_sFilter;
+    args.FilterIndex = m_lFilterIndex;
+    args.InitDir = m_sInitDir;
+    args.DlgTitle = m_sDialogTitle;
+    args.DefaultExt = m_sDefaultExt;
+    args.Owner = m_lHwnd;
+    args.Flags = m_lFlags;
+    args.Hook = m_bHookDialog;
+    args.DialogObject = this;
+}
+
+template <typename Args>
+void cCommonDialog::TakeArgs(const Args& args) {
+    m_sFileName = args.Filename;
+    m_sFileTitle = args.FileTitle;
+    m_sFilter = args.Filter;
+    m_lFilterIndex = args.FilterIndex;
+    m_sInitDir = args.InitDir;
+    m_sDialogTitle = args.DlgTitle;
+    m_sDefaultExt = args.DefaultExt;
+    m_lHwnd = args.Owner;
+    m_lFlags = args.Flags;
+}
+
 void cCommonDialog::ShowOpen() {
     m_bFileDialog = true;
     OpenFileNameArgs args;
@@ -28,27 +57,9 @@ void cCommonDialog::ShowOpen() {
     args.ReadOnly = FlagSet(m_lFlags, OFN_READONLY);
     args.HideReadOnly = FlagSet(m_lFlags, OFN_HIDEREADONLY);
     if (m_lFilterIndex == 0) m_lFilterIndex = 1;
-    args.Filename = m_sFileName;
-    args.FileTitle = m_sFileTitle;
-    args.Filter = m_sFilter;
-    args.FilterIndex = m_lFilterIndex;
-    args.InitDir = m_sInitDir;
-    args.DlgTitle = m_sDialogTitle;
-    args.DefaultExt = m_sDefaultExt;
-    args.Owner = m_lHwnd;
-    args.Flags = m_lFlags;
-    args.Hook = m_bHookDialog;
-    args.DialogObject = this;
+    PutArgs(args);
     const bool chosen = Dialog().VBGetOpenFileName(args);
-    m_sFileName = args.Filename;
-    m_sFileTitle = args.FileTitle;
-    m_sFilter = args.Filter;
-    m_lFilterIndex = args.FilterIndex;
-    m_sInitDir = args.InitDir;
-    m_sDialogTitle = args.DlgTitle;
-    m_sDefaultExt = args.DefaultExt;
-    m_lHwnd = args.Owner;
-    m_lFlags = args.Flags;
+    TakeArgs(args);
     if (!chosen) RaiseDialogError();
 }
 
@@ -56,27 +67,9 @@ void cCommonDialog::ShowSave() {
     m_bFileDialog = true;
     SaveFileNameArgs args;
     args.OverWritePrompt = FlagSet(m_lFlags, OFN_OVERWRITEPROMPT);
-    args.Filename = m_sFileName;
-    args.FileTitle = m_sFileTitle;
-    args.Filter = m_sFilter;
-    args.FilterIndex = m_lFilterIndex;
-    args.InitDir = m_sInitDir;
-    args.DlgTitle = m_sDialogTitle;
-    args.DefaultExt = m_sDefaultExt;
-    args.Owner = m_lHwnd;
-    args.Flags = m_lFlags;
-    args.Hook = m_bHookDialog;
-    args.DialogObject = this;
+    PutArgs(args);
     const bool chosen = Dialog().VBGetSaveFileName(args);
-    m_sFileName = args.Filename;
-    m_sFileTitle = args.FileTitle;
-    m_sFilter = args.Filter;
-    m_lFilterIndex = args.FilterIndex;
-    m_sInitDir = args.InitDir;
-    m_sDialogTitle = args.DlgTitle;
-    m_sDefaultExt = args.DefaultExt;
-    m_lHwnd = args.Owner;
-    m_lFlags = args.Flags;
+    TakeArgs(args);
     if (!chosen) {
         RaiseDialogError();
         return;

@@ -118,6 +118,10 @@ public:
     GCommonDialog& Dialog();
 
 private:
+    template <typename Args>
+    void PutArgs(Args& args);
+    template <typename Args>
+    void TakeArgs(const Args& args);
     // All the bits of the mask are set in the flags.
     static bool FlagSet(int32_t lFlags, int32_t lMask) { return (lFlags & lMask) == lMask; }
     void RaiseDialogError();
