@@ -37,6 +37,10 @@ std::string GetFolderName(const std::string& sPath) {
 
 bool FileExists(const std::string& sPath) {
     try {
+        // A path without wildcards is answered by one stat: the scan could
+        // only find the same entry, and the attributes answer for any entry
+        // that exists. Only a pattern needs the directory scan.
+        if (sPath.find_first_of("*?") == std::string::npos) return PathExists(sPath);
         if (!Dir(sPath, vbNormal).empty()) return true;
         return GetAttr(sPath) > 0;
     } catch (const RuntimeError&) {

@@ -55,17 +55,6 @@ int64_t PakLength(const std::string& sPakPath) {
     }
 }
 
-// Creates the file empty, replacing nothing (the caller deleted it), and opens
-// it for writing.
-HFILE CreateForWrite(const std::string& sPath) {
-    int16_t n = FreeFile();
-    VbOpen(n, sPath, VbOpenMode::Output);
-    VbClose(n);
-    HFILE h = _lopen(sPath, OF_WRITE);
-    if (h <= 0) RaiseError(vbErrPathFileAccess);
-    return h;
-}
-
 }  // namespace
 
 void WriteZipWrapper(HFILE hFile, const std::string& abName, int32_t L, int32_t lPackedSize,
@@ -93,6 +82,12 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
                  int32_t lPackedSize, int32_t lOriginalSize, int32_t lOffset) {
     const std::string sTarget = MemberPath(sDestFolder, sName);
     if (sTarget.empty()) return false;
+    const bool bStored = lPackedSize == lOriginalSize;
+    const std::string sZip = sTarget + ".zip";
+    // A member never lands on a file that the run itself uses: the PAK, the
+    // command file, the archiver's own files. For a compressed member the
+    // archiver later writes the plain name too.
+    if (IsRunFile(sTarget) || (!bStored && IsRunFile(sZip))) return false;
 
     HFILE hFile = _lopen(sPakPath, OF_READ);
     if (hFile < 1) return false;
@@ -115,23 +110,24 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
         _lclose(hFile);
         hFile = 0;
 
-        if (lPackedSize == lOriginalSize) {
-            if (FileExists(sTarget)) DeleteFileA(sTarget);
-            hFile = CreateForWrite(sTarget);
-            Put(hFile, abData.get(), lPackedSize);
-            _lclose(hFile);
-            return true;
+        // The new file is written beside its final name and takes its place
+        // only when whole, so an older file of that name is replaced, never
+        // lost half-way. For a compressed member the older plain file stays
+        // until the archiver has a whole one to put in its place.
+        hFile = CreateReplacement(bStored ? sTarget : sZip, sDestFolder);
+        if (hFile <= 0) {
+            hFile = 0;
+            return false;
         }
-
-        const auto L = static_cast<int32_t>(sName.size());
-        const std::string sZip = sTarget + ".zip";
-        if (FileExists(sZip)) DeleteFileA(sZip);
-        // The archiver, run later, must find no older file of the member's name.
-        if (FileExists(sTarget)) DeleteFileA(sTarget);
-        hFile = CreateForWrite(sZip);
-        WriteZipWrapper(hFile, sName, L, lPackedSize, lOriginalSize, abData.get());
-        _lclose(hFile);
-        return true;
+        if (bStored) {
+            Put(hFile, abData.get(), lPackedSize);
+        } else {
+            const auto L = static_cast<int32_t>(sName.size());
+            WriteZipWrapper(hFile, sName, L, lPackedSize, lOriginalSize, abData.get());
+        }
+        HFILE h = hFile;
+        hFile = 0;
+        return CommitReplacement(h);
     } catch (const RuntimeError&) {
     } catch (const std::bad_alloc&) {
     }

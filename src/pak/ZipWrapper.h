@@ -34,6 +34,9 @@ void WriteZipWrapper(HFILE hFile, const std::string& abName, int32_t L, int32_t 
 // compressed one as the wrapper sName + ".zip". True when that file was
 // written. A name that would leave sDestFolder is refused (false) before
 // anything is touched; a backslash in sName is a folder separator, and a
-// folder that doesn't exist makes the write fail.
+// folder that doesn't exist makes the write fail. The file is written under a
+// temporary name and renamed into place when whole; nothing is written onto
+// a file that the running operation uses (RunFileGuard), and the folders
+// below sDestFolder are walked without following links.
 bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, const std::string& sName,
                  int32_t lPackedSize, int32_t lOriginalSize, int32_t lOffset);

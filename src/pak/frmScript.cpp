@@ -3,7 +3,9 @@
 #include <cmath>
 
 #include "identify/modGlobal.h"
+#include "pak/BatchScript.h"
 #include "pak/ZipWrapper.h"
+#include "platform/Files.h"
 #include "platform/MessageBox.h"
 #include "platform/Runtime.h"
 #include "platform/Shell.h"
@@ -199,6 +201,12 @@ void frmScript::cmdValidate_Click(int16_t Index) {
         if (VbTrim(sDest).empty()) return refuse(std::string("Empty ") + (m_bPak ? "Destination" : "Script") + " not allowed!");
         if (!FileExists(sPak)) return refuse(tPak.Text() + " doesn't exist!");
         if (!FileExists(sDest)) return refuse(sDest + " doesn't exist!");
+        // The destination stands in the first line of the command file: a line
+        // end in its name would split that line and let the rest of the name
+        // read as a command.
+        if (sDest.find_first_of("\r\n") != std::string::npos)
+            return refuse("The destination's name holds a line end, which the command file can't carry. "
+                          "Choose another folder.");
         if (!m_bPak) {
             Unload();
             return;
@@ -214,13 +222,21 @@ void frmScript::cmdValidate_Click(int16_t Index) {
 void frmScript::Run() {
     const std::string script = sDest + "_unpak_.bat";
     if (FileExists(script)) DeleteFileA(script);
+    // The files that the run itself reads or writes. No member is written
+    // onto them, whatever its name: on this platform an open file can be
+    // deleted and replaced under its name.
+    RunFileGuard pakGuard(sPak);
+    RunFileGuard fixedGuard(sDest + "pkfixed.zip");
     OpenPrintFile(script);
+    RunFileGuard scriptGuard(script);
+    uint64_t scriptDevice = 0, scriptInode = 0;
+    const bool bScriptOpen = VbIdentity(g_vPrintFile, scriptDevice, scriptInode);
+    if (bScriptOpen) scriptGuard.Refresh(scriptDevice, scriptInode);
     cmdValidate[1].SetEnabled(false);
     m_bCancel = false;
     oPBar.SetValue(1);
     oPBar.SetVisible(true);
-    PrintToFile("cd \"" + sDest + "\"");
-    const std::string shell = g_bWin9x ? "command" : "cmd";
+    PrintToFile(BatchCdLine(sDest));
     ListView& list = owner_.oListView;
     for (int32_t i = 1; i <= list.Count(); ++i) {
         DoEvents();
@@ -231,8 +247,8 @@ void frmScript::Run() {
             int32_t packed = VbCLng(item.SubItems(1));
             int32_t original = VbCLng(item.SubItems(2));
             if (UnpakMember(sDest, sPak, item.Text, packed, original, item.Tag) && packed != original) {
-                PrintToFile(shell + " /c \"" + g_sPkzipPath + "\" -Extract \"" + item.Text + ".zip\"");
-                PrintToFile("Del \"" + item.Text + ".zip\"");
+                PrintToFile(BatchExtractLine(g_bWin9x, g_sPkzipPath, item.Text));
+                PrintToFile(BatchDelLine(item.Text));
                 if (FileExists(sDest + "pkfixed.zip")) DeleteFileA(sDest + "pkfixed.zip");
             }
             auto v = static_cast<int32_t>(std::floor(static_cast<double>(i) / (m_lTotal + 1) * 10000));
@@ -242,10 +258,13 @@ void frmScript::Run() {
         if (m_bCancel) break;
     }
     ClosePrintFile();
-    if (StartCommandFile) {
-        StartCommandFile(script, sDest);
-    } else {
-        ShellExecuteA(0, "open", shell, "/c \"" + script + "\"", sDest, 1);
+    // The runner is started only on the file that this run wrote.
+    if (bScriptOpen && IsSameFile(script, scriptDevice, scriptInode)) {
+        if (StartCommandFile) {
+            StartCommandFile(script, sDest);
+        } else {
+            ShellExecuteA(0, "open", g_bWin9x ? "command" : "cmd", "/c \"" + script + "\"", sDest, 1);
+        }
     }
     Unload();
 }

@@ -7,11 +7,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
+#include <random>
 
 #include "platform/Runtime.h"
 
@@ -22,8 +25,19 @@ namespace {
 constexpr size_t kFirstFill = 4 * 1024;
 constexpr size_t kReadBufferSize = 64 * 1024;
 
+// A new file under a temporary name that takes the place of its final name
+// only when it is whole.
+struct Replacement {
+    int dirfd = -1;         // the folder that holds both names
+    std::string tempName;   // inside that folder
+    std::string finalName;  // inside that folder
+    std::string finalPath;  // as the caller named it
+    bool failed = false;    // a write went wrong: the file is not whole
+};
+
 struct OpenFile {
     int fd = -1;
+    std::unique_ptr<Replacement> replace;
     int64_t position = 0;                // logical position of the caller
     std::vector<unsigned char> buffer;   // bytes of the file from bufferStart
     int64_t bufferStart = 0;
@@ -38,11 +52,176 @@ OpenFile* Lookup(HFILE h) {
     return g_handles[h - 1].get();
 }
 
+// Only regular files are read or written: a named pipe would block the
+// program, and a device or socket is no file of the game.
 bool IsRegularFd(int fd) {
     struct stat st {};
-    return fstat(fd, &st) == 0 && !S_ISDIR(st.st_mode);
+    return fstat(fd, &st) == 0 && S_ISREG(st.st_mode);
 }
 
+// Opens a path without blocking (a named pipe would wait for a writer) and
+// keeps the descriptor only for a regular file, in blocking mode again.
+int OpenRegular(const std::string& path, int flags, mode_t perms = 0) {
+    int fd = ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, perms);
+    if (fd < 0) return -1;
+    if (!IsRegularFd(fd)) {
+        ::close(fd);
+        errno = EACCES;
+        return -1;
+    }
+    int fl = ::fcntl(fd, F_GETFL);
+    if (fl >= 0) ::fcntl(fd, F_SETFL, fl & ~O_NONBLOCK);
+    return fd;
+}
+
+// ---- Files that a running operation uses ----------------------------------
+
+struct GuardEntry {
+    std::string path;  // absolute, "." and doubled separators resolved
+    bool hasId = false;
+    dev_t device = 0;
+    ino_t inode = 0;
+};
+std::vector<std::optional<GuardEntry>> g_guards;
+
+std::string NormalisePath(const std::string& path) { return NormaliseFolder(path); }
+
+bool SameId(const GuardEntry& g, dev_t device, ino_t inode) {
+    return g.hasId && g.device == device && g.inode == inode;
+}
+
+// A file in an open folder that a guard stands over, by name or by the
+// identity of what stands there now. `self` is the file being put in place:
+// a guard over that very file is its owner, not a conflict.
+bool IsRunFileAt(int dirfd, const std::string& name, const std::string& path, const struct stat* self = nullptr) {
+    if (g_guards.empty()) return false;
+    const std::string n = NormalisePath(path);
+    struct stat now {}, target {};
+    const bool hasNow = ::fstatat(dirfd, name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0;
+    const bool hasTarget = ::fstatat(dirfd, name.c_str(), &target, 0) == 0;
+    for (const auto& g : g_guards) {
+        if (!g) continue;
+        if (self != nullptr && SameId(*g, self->st_dev, self->st_ino)) continue;
+        if (g->path == n || (hasNow && SameId(*g, now.st_dev, now.st_ino)) ||
+            (hasTarget && SameId(*g, target.st_dev, target.st_ino)))
+            return true;
+    }
+    return false;
+}
+
+// Opens the folder that holds `path` and gives the file's name inside it.
+// With `within`, every folder below it is opened without following a link.
+// Gives -1 with errno set when a folder is missing, is a link, or the path
+// doesn't lie inside `within`.
+int OpenParent(const std::string& path, const std::string& within, std::string& leaf) {
+    std::vector<std::string> parts;
+    std::string base;
+    if (!within.empty()) {
+        if (within.back() != '/' || path.size() <= within.size() || path.compare(0, within.size(), within) != 0) {
+            errno = EACCES;
+            return -1;
+        }
+        base = within;
+        size_t pos = within.size();
+        for (;;) {
+            size_t end = path.find('/', pos);
+            parts.push_back(path.substr(pos, end == std::string::npos ? std::string::npos : end - pos));
+            if (end == std::string::npos) break;
+            pos = end + 1;
+        }
+    } else {
+        size_t slash = path.rfind('/');
+        base = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+        parts.push_back(slash == std::string::npos ? path : path.substr(slash + 1));
+    }
+    leaf = parts.back();
+    parts.pop_back();
+    if (leaf.empty() || leaf == "." || leaf == "..") {
+        errno = EISDIR;
+        return -1;
+    }
+    int fd = ::open(base.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return -1;
+    for (const std::string& part : parts) {
+        if (part.empty() || part == ".") continue;
+        if (part == "..") {
+            ::close(fd);
+            errno = EACCES;
+            return -1;
+        }
+        int next = ::openat(fd, part.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        int err = errno;
+        ::close(fd);
+        if (next < 0) {
+            errno = err;
+            return -1;
+        }
+        fd = next;
+    }
+    return fd;
+}
+
+std::string TempName() {
+    static std::atomic<uint32_t> counter{0};
+    static const uint64_t salt = std::random_device{}();
+    char buf[64];
+    std::snprintf(buf, sizeof buf, ".quarrin-%ld-%u-%08llx.tmp", static_cast<long>(::getpid()),
+                  counter.fetch_add(1) + 1, static_cast<unsigned long long>(salt & 0xFFFFFFFFu));
+    return buf;
+}
+
+// Makes the temporary file of a replacement. Gives the descriptor, or -1
+// with errno set.
+int BeginReplacement(const std::string& path, const std::string& within, Replacement& r) {
+    std::string leaf;
+    int dirfd = OpenParent(path, within, leaf);
+    if (dirfd < 0) return -1;
+    if (IsRunFileAt(dirfd, leaf, path)) {
+        ::close(dirfd);
+        errno = EACCES;
+        return -1;
+    }
+    int fd = -1;
+    std::string temp;
+    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+        temp = TempName();
+        fd = ::openat(dirfd, temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (fd < 0 && errno != EEXIST) break;
+    }
+    if (fd < 0) {
+        int err = errno;
+        ::close(dirfd);
+        errno = err;
+        return -1;
+    }
+    r.dirfd = dirfd;
+    r.tempName = temp;
+    r.finalName = leaf;
+    r.finalPath = path;
+    return fd;
+}
+
+// Closes the descriptor and either renames the file into place or removes
+// it. True when it now stands under its final name.
+bool EndReplacement(int fd, Replacement& r, bool commit) {
+    bool ok = commit && !r.failed;
+    struct stat self {};
+    if (::fstat(fd, &self) != 0) ok = false;
+    if (::close(fd) != 0) ok = false;
+    // The guards are asked again: the final name may have been taken by a
+    // file of the run since the temporary was made.
+    if (ok && IsRunFileAt(r.dirfd, r.finalName, r.finalPath, &self)) ok = false;
+    if (ok && ::renameat(r.dirfd, r.tempName.c_str(), r.dirfd, r.finalName.c_str()) != 0) ok = false;
+    if (!ok) ::unlinkat(r.dirfd, r.tempName.c_str(), 0);
+    ::close(r.dirfd);
+    r.dirfd = -1;
+    return ok;
+}
+
+}  // namespace
+
+namespace {
+HFILE AddHandle(std::unique_ptr<OpenFile> file);
 }  // namespace
 
 HFILE _lopen(const std::string& path, int32_t mode) {
@@ -54,14 +233,15 @@ HFILE _lopen(const std::string& path, int32_t mode) {
         case OF_READWRITE: flags |= O_RDWR; break;
         default: return HFILE_ERROR;
     }
-    int fd = ::open(path.c_str(), flags);
+    int fd = OpenRegular(path, flags);
     if (fd < 0) return HFILE_ERROR;
-    if (!IsRegularFd(fd)) {
-        ::close(fd);
-        return HFILE_ERROR;
-    }
     auto file = std::make_unique<OpenFile>();
     file->fd = fd;
+    return AddHandle(std::move(file));
+}
+
+namespace {
+HFILE AddHandle(std::unique_ptr<OpenFile> file) {
     for (size_t i = 0; i < g_handles.size(); ++i) {
         if (!g_handles[i]) {
             g_handles[i] = std::move(file);
@@ -70,6 +250,35 @@ HFILE _lopen(const std::string& path, int32_t mode) {
     }
     g_handles.push_back(std::move(file));
     return static_cast<HFILE>(g_handles.size());
+}
+}  // namespace
+
+HFILE CreateReplacement(const std::string& path, const std::string& within) {
+    if (path.empty() || path.find('\0') != std::string::npos) return HFILE_ERROR;
+    auto r = std::make_unique<Replacement>();
+    int fd = BeginReplacement(path, within, *r);
+    if (fd < 0) return HFILE_ERROR;
+    auto file = std::make_unique<OpenFile>();
+    file->fd = fd;
+    file->replace = std::move(r);
+    return AddHandle(std::move(file));
+}
+
+bool CommitReplacement(HFILE h) {
+    OpenFile* f = Lookup(h);
+    if (f == nullptr) return false;
+    bool ok = f->replace ? EndReplacement(f->fd, *f->replace, true) : ::close(f->fd) == 0;
+    g_handles[h - 1].reset();
+    return ok;
+}
+
+bool HandleIdentity(HFILE h, uint64_t& device, uint64_t& inode) {
+    OpenFile* f = Lookup(h);
+    struct stat st {};
+    if (f == nullptr || ::fstat(f->fd, &st) != 0) return false;
+    device = st.st_dev;
+    inode = st.st_ino;
+    return true;
 }
 
 int32_t _lread(HFILE h, void* buffer, int32_t count) {
@@ -122,7 +331,10 @@ int32_t _lwrite(HFILE h, const void* buffer, int32_t count) {
     while (done < count) {
         ssize_t n = ::pwrite(f->fd, in + done, static_cast<size_t>(count - done), f->position);
         if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return done == 0 ? HFILE_ERROR : done;
+        if (n <= 0) {
+            if (f->replace) f->replace->failed = true;
+            return done == 0 ? HFILE_ERROR : done;
+        }
         done += static_cast<int32_t>(n);
         f->position += n;
     }
@@ -151,9 +363,80 @@ int32_t _llseek(HFILE h, int32_t offset, int32_t origin) {
 HFILE _lclose(HFILE h) {
     OpenFile* f = Lookup(h);
     if (f == nullptr) return HFILE_ERROR;
-    ::close(f->fd);
+    if (f->replace) {
+        EndReplacement(f->fd, *f->replace, false);
+    } else {
+        ::close(f->fd);
+    }
     g_handles[h - 1].reset();
     return 0;
+}
+
+bool DeleteFileWithin(const std::string& within, const std::string& path) {
+    std::string leaf;
+    int dirfd = OpenParent(path, within, leaf);
+    if (dirfd < 0) return false;
+    struct stat st {};
+    bool ok = ::fstatat(dirfd, leaf.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISDIR(st.st_mode) &&
+              !IsRunFileAt(dirfd, leaf, path) && ::unlinkat(dirfd, leaf.c_str(), 0) == 0;
+    ::close(dirfd);
+    return ok;
+}
+
+RunFileGuard::RunFileGuard(const std::string& path) {
+    GuardEntry e;
+    e.path = NormalisePath(path);
+    slot_ = g_guards.size();
+    for (size_t i = 0; i < g_guards.size(); ++i) {
+        if (!g_guards[i]) {
+            slot_ = i;
+            break;
+        }
+    }
+    if (slot_ == g_guards.size()) g_guards.emplace_back();
+    g_guards[slot_] = e;
+    Refresh();
+}
+
+RunFileGuard::~RunFileGuard() {
+    g_guards[slot_].reset();
+    while (!g_guards.empty() && !g_guards.back()) g_guards.pop_back();
+}
+
+void RunFileGuard::Refresh() {
+    GuardEntry& e = *g_guards[slot_];
+    struct stat st {};
+    e.hasId = ::stat(e.path.c_str(), &st) == 0;
+    if (e.hasId) {
+        e.device = st.st_dev;
+        e.inode = st.st_ino;
+    }
+}
+
+void RunFileGuard::Refresh(uint64_t device, uint64_t inode) {
+    GuardEntry& e = *g_guards[slot_];
+    e.hasId = true;
+    e.device = static_cast<dev_t>(device);
+    e.inode = static_cast<ino_t>(inode);
+}
+
+bool IsSameFile(const std::string& path, uint64_t device, uint64_t inode) {
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && st.st_dev == device && st.st_ino == inode;
+}
+
+bool IsRunFile(const std::string& path) {
+    if (g_guards.empty()) return false;
+    const std::string n = NormalisePath(path);
+    struct stat now {}, target {};
+    const bool hasNow = ::lstat(path.c_str(), &now) == 0;
+    const bool hasTarget = ::stat(path.c_str(), &target) == 0;
+    for (const auto& g : g_guards) {
+        if (g && (g->path == n || (hasNow && SameId(*g, now.st_dev, now.st_ino)) ||
+                  (hasTarget && SameId(*g, target.st_dev, target.st_ino))))
+            return true;
+    }
+    return false;
 }
 
 bool DeleteFileA(const std::string& path) {
@@ -189,23 +472,68 @@ int32_t GetAttr(const std::string& path) {
     return attr;
 }
 
-std::string Dir(const std::string& pattern, int32_t attributes) {
-    if (pattern.empty()) return {};
-    std::filesystem::path p(pattern);
-    std::string folder = p.has_parent_path() ? p.parent_path().string() : ".";
-    std::string mask = p.filename().string();
-    if (mask.empty()) return {};
-    std::vector<DirEntry> entries;
-    if (!ListDirectory(folder, entries)) return {};
-    for (const auto& e : entries) {
-        if (fnmatch(mask.c_str(), e.name.c_str(), FNM_PERIOD) != 0) continue;
-        bool hidden = e.name[0] == '.';
-        if (hidden && !(attributes & vbHidden)) continue;
-        if (e.isDirectory && !(attributes & vbDirectory)) continue;
-        return e.name;
+namespace {
+
+// The scan that Dir() without a path goes on with.
+struct DirScan {
+    DIR* dir = nullptr;
+    std::string folder;
+    std::string mask;
+    int32_t attributes = vbNormal;
+    ~DirScan() { Close(); }
+    void Close() {
+        if (dir != nullptr) ::closedir(dir);
+        dir = nullptr;
     }
+};
+DirScan g_dirScan;
+
+bool HasWildcards(const std::string& s) { return s.find_first_of("*?") != std::string::npos; }
+
+bool Admits(const std::string& name, bool isDirectory, int32_t attributes) {
+    if (name[0] == '.' && !(attributes & vbHidden)) return false;
+    if (isDirectory && !(attributes & vbDirectory)) return false;
+    return true;
+}
+
+std::string NextMatch() {
+    while (g_dirScan.dir != nullptr) {
+        dirent* e = ::readdir(g_dirScan.dir);
+        if (e == nullptr) break;
+        std::string name = e->d_name;
+        if (name == "." || name == "..") continue;
+        if (fnmatch(g_dirScan.mask.c_str(), name.c_str(), FNM_PERIOD) != 0) continue;
+        bool isDirectory = e->d_type == DT_DIR;
+        if (e->d_type == DT_UNKNOWN || e->d_type == DT_LNK) isDirectory = IsDirectory(g_dirScan.folder + "/" + name);
+        if (Admits(name, isDirectory, g_dirScan.attributes)) return name;
+    }
+    g_dirScan.Close();
     return {};
 }
+
+}  // namespace
+
+std::string Dir(const std::string& pattern, int32_t attributes) {
+    g_dirScan.Close();
+    if (pattern.empty() || pattern.find('\0') != std::string::npos) return {};
+    size_t slash = pattern.rfind('/');
+    std::string folder = slash == std::string::npos ? "." : (slash == 0 ? "/" : pattern.substr(0, slash));
+    std::string mask = slash == std::string::npos ? pattern : pattern.substr(slash + 1);
+    if (mask.empty()) return {};
+    if (!HasWildcards(mask)) {
+        struct stat st {};
+        if (::stat(pattern.c_str(), &st) != 0 || mask == "." || mask == "..") return {};
+        return Admits(mask, S_ISDIR(st.st_mode), attributes) ? mask : std::string();
+    }
+    g_dirScan.dir = ::opendir(folder.c_str());
+    if (g_dirScan.dir == nullptr) return {};
+    g_dirScan.folder = folder;
+    g_dirScan.mask = mask;
+    g_dirScan.attributes = attributes;
+    return NextMatch();
+}
+
+std::string Dir() { return NextMatch(); }
 
 bool ListDirectory(const std::string& folder, std::vector<DirEntry>& out) {
     out.clear();
@@ -226,6 +554,11 @@ bool ListDirectory(const std::string& folder, std::vector<DirEntry>& out) {
     ::closedir(d);
     std::sort(out.begin(), out.end(), [](const DirEntry& a, const DirEntry& b) { return a.name < b.name; });
     return true;
+}
+
+bool PathExists(const std::string& path) {
+    struct stat st {};
+    return !path.empty() && ::stat(path.c_str(), &st) == 0;
 }
 
 bool IsDirectory(const std::string& path) {
@@ -249,6 +582,7 @@ namespace {
 struct NumberedFile {
     int fd = -1;
     VbOpenMode mode = VbOpenMode::Binary;
+    std::shared_ptr<Replacement> replace;  // Output files
 };
 std::map<int16_t, NumberedFile> g_numbered;
 
@@ -258,11 +592,14 @@ NumberedFile& Numbered(int16_t number) {
     return it->second;
 }
 
-void WriteAll(int fd, const char* data, size_t size) {
+void WriteAll(NumberedFile& f, const char* data, size_t size) {
     while (size > 0) {
-        ssize_t n = ::write(fd, data, size);
+        ssize_t n = ::write(f.fd, data, size);
         if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) RaiseError(errno == ENOSPC ? vbErrDiskFull : vbErrPathFileAccess);
+        if (n <= 0) {
+            if (f.replace) f.replace->failed = true;
+            RaiseError(errno == ENOSPC || errno == EFBIG || errno == EDQUOT ? vbErrDiskFull : vbErrPathFileAccess);
+        }
         data += n;
         size -= static_cast<size_t>(n);
     }
@@ -275,47 +612,86 @@ int16_t FreeFile() {
     RaiseError(vbErrTooManyFiles);
 }
 
-void VbOpen(int16_t number, const std::string& path, VbOpenMode mode) {
+namespace {
+void CheckNewNumber(int16_t number, const std::string& path) {
     if (number < 1 || number > 511) RaiseError(vbErrBadFileNumber);
     if (g_numbered.count(number) != 0) RaiseError(vbErrFileAlreadyOpen);
     if (path.empty() || path.find('\0') != std::string::npos) RaiseError(vbErrFileNotFound);
-    int flags = O_CLOEXEC;
+}
+
+void OpenOutput(int16_t number, const std::string& path, const std::string& within) {
+    CheckNewNumber(number, path);
+    auto r = std::make_shared<Replacement>();
+    int fd = BeginReplacement(path, within, *r);
+    if (fd < 0) RaiseError(errno == ENOENT ? vbErrPathNotFound : vbErrPathFileAccess);
+    g_numbered[number] = NumberedFile{fd, VbOpenMode::Output, std::move(r)};
+}
+}  // namespace
+
+void VbOpen(int16_t number, const std::string& path, VbOpenMode mode) {
+    if (mode == VbOpenMode::Output) return OpenOutput(number, path, {});
+    CheckNewNumber(number, path);
+    int flags = 0;
     switch (mode) {
         case VbOpenMode::Input: flags |= O_RDONLY; break;
-        case VbOpenMode::Output: flags |= O_WRONLY | O_CREAT | O_TRUNC; break;
+        case VbOpenMode::Output: break;
         case VbOpenMode::Append: flags |= O_WRONLY | O_CREAT | O_APPEND; break;
         case VbOpenMode::Binary: flags |= O_RDWR | O_CREAT; break;
     }
-    int fd = ::open(path.c_str(), flags, 0666);
-    if (fd < 0 && mode == VbOpenMode::Binary && errno == EACCES) fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    int fd = OpenRegular(path, flags, 0666);
+    if (fd < 0 && mode == VbOpenMode::Binary && errno == EACCES) fd = OpenRegular(path, O_RDONLY);
     if (fd < 0) {
         RaiseError(errno == ENOENT ? (mode == VbOpenMode::Input ? vbErrFileNotFound : vbErrPathNotFound)
                                    : vbErrPathFileAccess);
     }
-    if (!IsRegularFd(fd)) {
-        ::close(fd);
-        RaiseError(vbErrPathFileAccess);
-    }
-    g_numbered[number] = NumberedFile{fd, mode};
+    g_numbered[number] = NumberedFile{fd, mode, nullptr};
+}
+
+void VbOpenWithin(int16_t number, const std::string& path, const std::string& within) {
+    OpenOutput(number, path, within);
 }
 
 void VbClose(int16_t number) {
-    NumberedFile& f = Numbered(number);
-    ::close(f.fd);
+    NumberedFile f = Numbered(number);
     g_numbered.erase(number);
+    if (f.replace) {
+        bool wasWhole = !f.replace->failed;
+        if (!EndReplacement(f.fd, *f.replace, true)) RaiseError(wasWhole ? vbErrPathFileAccess : vbErrDiskFull);
+        return;
+    }
+    ::close(f.fd);
+}
+
+void VbDiscard(int16_t number) {
+    NumberedFile f = Numbered(number);
+    g_numbered.erase(number);
+    if (f.replace) {
+        EndReplacement(f.fd, *f.replace, false);
+    } else {
+        ::close(f.fd);
+    }
+}
+
+bool VbIdentity(int16_t number, uint64_t& device, uint64_t& inode) {
+    auto it = g_numbered.find(number);
+    struct stat st {};
+    if (it == g_numbered.end() || ::fstat(it->second.fd, &st) != 0) return false;
+    device = st.st_dev;
+    inode = st.st_ino;
+    return true;
 }
 
 void VbPrintLine(int16_t number, const std::string& text) {
     NumberedFile& f = Numbered(number);
     if (f.mode != VbOpenMode::Output && f.mode != VbOpenMode::Append) RaiseError(vbErrBadFileMode);
     std::string line = text + "\r\n";
-    WriteAll(f.fd, line.data(), line.size());
+    WriteAll(f, line.data(), line.size());
 }
 
 void VbPut(int16_t number, const std::string& bytes) {
     NumberedFile& f = Numbered(number);
     if (f.mode == VbOpenMode::Input) RaiseError(vbErrBadFileMode);
-    WriteAll(f.fd, bytes.data(), bytes.size());
+    WriteAll(f, bytes.data(), bytes.size());
 }
 
 int64_t VbLOF(int16_t number) {
