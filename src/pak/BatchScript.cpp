@@ -1,9 +1,13 @@
 #include "pak/BatchScript.h"
 
+#include <sys/stat.h>
+
 #include <cstdio>
 
+#include "pak/Archiver.h"
 #include "pak/MemberPath.h"
 #include "platform/Files.h"
+#include "platform/Runtime.h"
 #include "platform/Shell.h"
 
 namespace {
@@ -102,10 +106,97 @@ std::string PrintableLine(const std::string& sLine) {
     return out;
 }
 
-bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, std::ostream& out,
+namespace {
+
+bool Identity(const std::string& path, dev_t& device, ino_t& inode) {
+    struct stat st {};
+    if (path.empty() || ::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
+    device = st.st_dev;
+    inode = st.st_ino;
+    return true;
+}
+
+bool SameProgram(const std::string& a, const std::string& b) {
+    dev_t da = 0, db = 0;
+    ino_t ia = 0, ib = 0;
+    return Identity(a, da, ia) && Identity(b, db, ib) && da == db && ia == ib;
+}
+
+// A program named the way the settings name it: a bare name through PATH, a
+// path as it stands (a relative one from the command file's folder).
+std::string ResolveProgram(const std::string& name, const std::string& folder) {
+    if (name.find('/') == std::string::npos) return FindProgram(name);
+    return name[0] == '/' ? name : Below(folder, name);
+}
+
+}  // namespace
+
+BatchPolicy MakeBatchPolicy(const std::string& sScriptPath, const std::string& sConfiguredArchiver) {
+    BatchPolicy policy;
+    std::string folder = NormaliseFolder(sScriptPath);
+    size_t slash = folder.rfind('/');
+    policy.Folder = slash == 0 ? "/" : folder.substr(0, slash);
+    policy.BuiltInArchiver = App::Path() + "/quarrin-pkzip";
+    policy.Archivers.push_back(policy.BuiltInArchiver);
+    const std::string configured = VbTrim(sConfiguredArchiver);
+    if (!configured.empty()) policy.Archivers.push_back(ResolveProgram(configured, policy.Folder));
+    return policy;
+}
+
+bool CheckBatchLine(const std::string& sLine, const BatchPolicy& policy, CheckedBatchLine& checked,
+                    std::string& why) {
+    checked = CheckedBatchLine{};
+    checked.Line = ParseBatchLine(sLine);
+    const BatchLine& line = checked.Line;
+    switch (line.Command) {
+        case BatchCommand::NotUnderstood:
+            why = "not one of the three line forms";
+            return false;
+        case BatchCommand::ChangeFolder: {
+            // Only the folder of the command file itself, where the program
+            // put it: the same path once "." and doubled separators are
+            // resolved, and the same folder on the disk.
+            if (line.Folder.empty() || line.Folder[0] != '/' || NormaliseFolder(line.Folder) != policy.Folder) {
+                why = "the folder is not the command file's own";
+                return false;
+            }
+            struct stat a {}, b {};
+            if (::stat(line.Folder.c_str(), &a) != 0 || ::stat(policy.Folder.c_str(), &b) != 0 ||
+                a.st_dev != b.st_dev || a.st_ino != b.st_ino) {
+                why = "the folder is not the command file's own";
+                return false;
+            }
+            return true;
+        }
+        case BatchCommand::Extract:
+        case BatchCommand::Delete: {
+            // The same check as every writer of member files: a name inside
+            // the folder, without "..", a drive or an absolute part.
+            checked.Zip = MemberPath("", line.Name + ".zip");
+            if (checked.Zip.empty()) {
+                why = "the name leaves the folder";
+                return false;
+            }
+            if (line.Command == BatchCommand::Delete) return true;
+            const std::string archiver = ResolveProgram(line.Archiver, policy.Folder);
+            for (const std::string& allowed : policy.Archivers) {
+                if (SameProgram(archiver, allowed)) {
+                    checked.Archiver = archiver;
+                    checked.BuiltIn = SameProgram(archiver, policy.BuiltInArchiver);
+                    return true;
+                }
+            }
+            why = "the program " + PrintableLine(line.Archiver) + " is not the archiver of the settings";
+            return false;
+        }
+    }
+    why = "not understood";
+    return false;
+}
+
+bool RunBatchScript(const std::string& sText, const BatchPolicy& policy, std::ostream& out, std::ostream& err,
                     const BatchProgramRunner& run) {
-    std::string folder = sStartFolder;
-    bool haveFolder = IsDirectory(folder);
+    const std::string& folder = policy.Folder;
     bool allGood = true;
     int32_t number = 0;
     for (const BatchScriptLine& text : SplitBatchScript(sText)) {
@@ -115,51 +206,32 @@ bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, s
             out << "    failed: " << why << "\n";
             allGood = false;
         };
-        BatchLine line = text.Ended ? ParseBatchLine(text.Text) : BatchLine{};
-        switch (line.Command) {
-            case BatchCommand::NotUnderstood:
-                out << "    not understood" << (text.Ended ? "" : " (the line has no end)") << ", not executed\n";
-                allGood = false;
-                break;
-            case BatchCommand::ChangeFolder: {
-                std::string target = !line.Folder.empty() && line.Folder[0] == '/' ? line.Folder : Below(folder, line.Folder);
-                if (line.Folder.empty() || !IsDirectory(target)) {
-                    // Nothing may run in the folder before: a Del there would
-                    // remove files the user never meant.
-                    haveFolder = false;
-                    fail("no such folder");
-                    break;
-                }
-                folder = NormaliseFolder(target);
-                haveFolder = true;
+        CheckedBatchLine checked;
+        std::string why;
+        if (!text.Ended) why = "the line has no end";
+        if (!text.Ended || !CheckBatchLine(text.Text, policy, checked, why)) {
+            out << "    refused, not executed\n";
+            out.flush();
+            err << "quarrin-runbat: line " << number << " refused (" << why << "): " << PrintableLine(text.Text)
+                << "\n";
+            err.flush();
+            allGood = false;
+            continue;
+        }
+        switch (checked.Line.Command) {
+            case BatchCommand::NotUnderstood: break;
+            case BatchCommand::ChangeFolder:
                 out << "    ok: now in " << PrintableLine(folder) << "\n";
                 break;
-            }
             case BatchCommand::Extract: {
-                if (!haveFolder) {
-                    fail("skipped, since the folder change before it failed");
-                    break;
-                }
-                // The wrapper's name is a path below the current folder, in
-                // which a backslash separates folders.
-                const std::string zip = MemberPath("", line.Name + ".zip");
-                if (zip.empty()) {
-                    fail("the name leaves the folder");
-                    break;
-                }
-                std::string archiver = line.Archiver;
-                if (archiver.find('/') == std::string::npos) {
-                    archiver = FindProgram(archiver);
-                } else if (archiver[0] != '/') {
-                    archiver = Below(folder, archiver);
-                }
-                if (archiver.empty()) {
-                    fail("the archiver " + PrintableLine(line.Archiver) + " was not found");
-                    break;
-                }
+                int32_t status = 0;
                 std::string error;
                 out.flush();
-                int32_t status = run({archiver, "-Extract", zip}, folder, error);
+                if (checked.BuiltIn) {
+                    status = RunArchiverExtract(checked.Zip, folder, out, err);
+                } else {
+                    status = run({checked.Archiver, "-Extract", checked.Zip}, folder, error);
+                }
                 if (status < 0) {
                     fail("the archiver could not be started: " + error);
                 } else if (status != 0) {
@@ -170,14 +242,7 @@ bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, s
                 break;
             }
             case BatchCommand::Delete: {
-                if (!haveFolder) {
-                    fail("skipped, since the folder change before it failed");
-                    break;
-                }
-                std::string path = MemberPath(folder + "/", line.Name + ".zip");
-                if (path.empty()) {
-                    fail("the name leaves the folder");
-                } else if (!DeleteFileA(path)) {
+                if (!DeleteFileWithin(folder + "/", folder + "/" + checked.Zip)) {
                     fail("could not be deleted");
                 } else {
                     out << "    ok\n";
@@ -190,6 +255,6 @@ bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, s
     return allGood;
 }
 
-bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, std::ostream& out) {
-    return RunBatchScript(sText, sStartFolder, out, RunProgram);
+bool RunBatchScript(const std::string& sText, const BatchPolicy& policy, std::ostream& out, std::ostream& err) {
+    return RunBatchScript(sText, policy, out, err, RunProgram);
 }

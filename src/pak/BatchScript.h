@@ -49,15 +49,47 @@ std::vector<BatchScriptLine> SplitBatchScript(const std::string& sText);
 using BatchProgramRunner =
     std::function<int32_t(const std::vector<std::string>& argv, const std::string& folder, std::string& error)>;
 
-// Carries out a command file, starting in sStartFolder (an absolute folder),
-// and reports each line and its outcome on `out`. Lines that are not one of
-// the three forms are reported and not executed; after a cd that failed, no
-// line touches a file until the next cd succeeds. A name in an Extract or Del
-// line that would leave the current folder is refused. Gives true when every
-// line was understood and succeeded.
-bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, std::ostream& out,
+// What a command file may do: exactly what the program itself writes. The
+// file can have been replaced by anyone who could write into its folder, so
+// the runner trusts no line of it.
+struct BatchPolicy {
+    // The folder that holds the command file: absolute, without a trailing
+    // separator. Every line works here; a cd must name this folder.
+    std::string Folder;
+    // The archivers an Extract line may name, compared as files (device and
+    // inode): the one the settings name, and the one built beside the runner.
+    std::vector<std::string> Archivers;
+    // The archiver built beside the runner: a line naming it is unpacked in
+    // this process, by the same code the archiver program runs.
+    std::string BuiltInArchiver;
+};
+
+// The policy for a command file at `sScriptPath`: its folder, the archiver
+// that the settings name (empty: none) and the one beside this program.
+BatchPolicy MakeBatchPolicy(const std::string& sScriptPath, const std::string& sConfiguredArchiver);
+
+// A line that passed the check, ready to be carried out.
+struct CheckedBatchLine {
+    BatchLine Line;
+    std::string Archiver;  // Extract: the archiver's resolved path
+    bool BuiltIn = false;  // Extract: that archiver is the built-in one
+    std::string Zip;       // Extract and Del: the wrapper's path below Folder
+};
+
+// Checks one line against the policy. False with `why` set for any line that
+// is not one of the three forms as the program writes them: a cd to another
+// folder, an archiver that isn't allowed, a name that is not a plain
+// relative ".zip" name inside the folder.
+bool CheckBatchLine(const std::string& sLine, const BatchPolicy& policy, CheckedBatchLine& checked,
+                    std::string& why);
+
+// Carries out a command file under a policy and reports each line and its
+// outcome on `out`; a refused line is reported on `err` with its number,
+// runs nothing, and the lines around it go on. `run` starts archivers other
+// than the built-in one. Gives true when every line passed and succeeded.
+bool RunBatchScript(const std::string& sText, const BatchPolicy& policy, std::ostream& out, std::ostream& err,
                     const BatchProgramRunner& run);
-bool RunBatchScript(const std::string& sText, const std::string& sStartFolder, std::ostream& out);
+bool RunBatchScript(const std::string& sText, const BatchPolicy& policy, std::ostream& out, std::ostream& err);
 
 // A line made printable for a report: bytes below 32 and from 127 up are
 // written as \xNN, so that a crafted name can't drive the terminal.

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <sstream>
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/ZipBuilder.h"
 #include "pak/BatchScript.h"
+#include "platform/Shell.h"
 #include "PakTestSupport.h"
 
 namespace {
@@ -71,96 +73,154 @@ TEST(BatchLines, ReportsCantDriveTheTerminal) {
     EXPECT_EQ(PrintableLine("a\x1B]0;x\x07\r\xE9z"), "a\\x1B]0;x\\x07\\x0D\\xE9z");
 }
 
-// The runner with the archiver replaced by a recorder.
+// The runner with external archivers replaced by a recorder.
 class BatchRun : public ::testing::Test {
 protected:
     void SetUp() override {
         std::filesystem::create_directory(tmp / "dest");
         dest = tmp.Path() + "/dest/";
+        // A configured archiver other than the built-in one: started as a
+        // program, here recorded.
+        archiver = tmp.Path() + "/pk";
+        WriteFile(archiver, "#!/bin/false\n");
+        policy.Folder = tmp.Path() + "/dest";
+        policy.Archivers = {archiver, paktest::ToolPath("quarrin-pkzip")};
+        policy.BuiltInArchiver = paktest::ToolPath("quarrin-pkzip");
     }
-    bool Run(const std::vector<std::string>& lines, int32_t status = 0) {
+    bool Run(const std::vector<std::string>& lines, int32_t status = 0, bool lastEnded = true) {
         std::string text;
         for (const auto& l : lines) text += l + "\r\n";
-        std::ostringstream out;
-        bool ok = RunBatchScript(text, tmp.Path(), out,
+        if (!lastEnded) text.resize(text.size() - 2);
+        std::ostringstream out, err;
+        bool ok = RunBatchScript(text, policy, out, err,
                                  [&](const std::vector<std::string>& argv, const std::string& folder, std::string&) {
                                      calls.push_back(argv);
                                      folders.push_back(folder);
                                      return status;
                                  });
         report = out.str();
+        errors = err.str();
         return ok;
     }
     TempDir tmp;
-    std::string dest;
+    std::string dest, archiver;
+    BatchPolicy policy;
     std::vector<std::vector<std::string>> calls;
     std::vector<std::string> folders;
-    std::string report;
+    std::string report, errors;
 };
 
 TEST_F(BatchRun, CarriesOutTheThreeForms) {
     WriteFile(dest + "a&b.bin.zip", "wrapper");
-    EXPECT_TRUE(Run({BatchCdLine(dest), BatchExtractLine(false, "/opt/pk", "a&b.bin"), BatchDelLine("a&b.bin")}))
-        << report;
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0], (std::vector<std::string>{"/opt/pk", "-Extract", "a&b.bin.zip"}));
+    std::filesystem::create_directory(dest + "sub");
+    WriteFile(dest + "sub/m.bin.zip", "w");
+    EXPECT_TRUE(Run({BatchCdLine(dest), BatchExtractLine(false, archiver, "a&b.bin"), BatchDelLine("a&b.bin"),
+                     BatchExtractLine(true, archiver, "sub\\m.bin"), BatchDelLine("sub\\m.bin")}))
+        << report << errors;
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0], (std::vector<std::string>{archiver, "-Extract", "a&b.bin.zip"}));
+    EXPECT_EQ(calls[1], (std::vector<std::string>{archiver, "-Extract", "sub/m.bin.zip"}));
     EXPECT_EQ(folders[0], tmp.Path() + "/dest");
     EXPECT_FALSE(std::filesystem::exists(dest + "a&b.bin.zip"));
+    EXPECT_FALSE(std::filesystem::exists(dest + "sub/m.bin.zip"));
     EXPECT_NE(report.find("[3] Del \"a&b.bin.zip\"\n    ok"), std::string::npos) << report;
+    EXPECT_EQ(errors, "");
 }
 
-TEST_F(BatchRun, OtherLinesAreReportedAndNotExecuted) {
-    WriteFile(dest + "x.zip", "keep");
-    EXPECT_FALSE(Run({BatchCdLine(dest), "del \"x.zip\"", "cmd /c \"/opt/pk\" -Extract \"x\"", BatchDelLine("x")}));
-    EXPECT_TRUE(calls.empty());
-    EXPECT_FALSE(std::filesystem::exists(dest + "x.zip"));
-    EXPECT_NE(report.find("[2] del \"x.zip\"\n    not understood"), std::string::npos) << report;
-    EXPECT_NE(report.find("[3] cmd"), std::string::npos) << report;
+// Every line that the program would not have written is refused, runs
+// nothing, is reported on the error stream with its number, and the honest
+// lines around it still run.
+TEST_F(BatchRun, LinesTheProgramWouldNotWriteAreRefused) {
+    std::filesystem::create_directory(tmp / "elsewhere");
+    std::filesystem::create_directory_symlink(tmp / "elsewhere", dest + "link");
+    WriteFile(tmp / "elsewhere/victim.zip", "keep");
+    WriteFile(tmp / "outside.zip", "keep");
+    const std::string bash = FindProgram("bash");
+    const std::vector<std::string> hostile = {
+        BatchCdLine(tmp.Path() + "/"),
+        BatchCdLine(dest + "../"),
+        BatchCdLine("dest/"),
+        BatchCdLine(tmp.Path() + "/elsewhere/"),
+        "cmd /c \"bash\" -Extract \"echo PWNED; touch " + tmp.Path() + "/pwned;#.zip\"",
+        BatchExtractLine(false, bash, "x"),
+        BatchExtractLine(false, "pk", "x"),
+        BatchExtractLine(false, archiver, "../outside"),
+        BatchExtractLine(false, archiver, tmp.Path() + "/outside"),
+        BatchDelLine("../outside"),
+        BatchDelLine("..\\outside"),
+        BatchDelLine(tmp.Path() + "/outside"),
+        BatchDelLine("c:\\outside"),
+        BatchDelLine("link/victim"),
+        "echo hi > " + tmp.Path() + "/pwned",
+        "Del \"x.zip\" & rm -rf /",
+        "cd \"" + dest + "\"\r",
+    };
+    for (size_t i = 0; i < hostile.size(); ++i) {
+        WriteFile(dest + "honest.zip", "w");
+        calls.clear();
+        EXPECT_FALSE(Run({BatchCdLine(dest), hostile[i], BatchDelLine("honest")})) << hostile[i];
+        EXPECT_TRUE(calls.empty()) << hostile[i];
+        // The link is found only when the delete walks the folders.
+        const bool stopped = errors.find("line 2 refused") != std::string::npos ||
+                             report.find("[2] Del \"link/victim.zip\"\n    failed") != std::string::npos;
+        EXPECT_TRUE(stopped) << hostile[i] << "\n" << report << errors;
+        EXPECT_FALSE(std::filesystem::exists(dest + "honest.zip")) << hostile[i] << "\n" << report;
+        EXPECT_EQ(ReadFile(tmp / "outside.zip"), "keep");
+        EXPECT_EQ(ReadFile(tmp / "elsewhere/victim.zip"), "keep");
+        EXPECT_FALSE(std::filesystem::exists(tmp / "pwned"));
+    }
+    // A last line without its end is refused too.
+    WriteFile(dest + "a.zip", "keep");
+    EXPECT_FALSE(Run({BatchCdLine(dest), BatchDelLine("a")}, 0, false));
+    EXPECT_TRUE(std::filesystem::exists(dest + "a.zip"));
+    EXPECT_NE(errors.find("line 2 refused (the line has no end)"), std::string::npos) << errors;
 }
 
 TEST_F(BatchRun, ArchiverFailureIsReportedAndTheRunGoesOn) {
     WriteFile(dest + "a.zip", "w");
-    EXPECT_FALSE(Run({BatchCdLine(dest), BatchExtractLine(true, "/opt/pk", "a"), BatchDelLine("a")}, 3));
+    EXPECT_FALSE(Run({BatchCdLine(dest), BatchExtractLine(true, archiver, "a"), BatchDelLine("a")}, 3));
     EXPECT_NE(report.find("status 3"), std::string::npos) << report;
     EXPECT_FALSE(std::filesystem::exists(dest + "a.zip"));
 }
 
-TEST_F(BatchRun, NamesThatLeaveTheFolderAreRefused) {
-    WriteFile(tmp / "outside.zip", "keep");
-    EXPECT_FALSE(Run({BatchCdLine(dest), BatchDelLine("../outside"), BatchDelLine("..\\outside"),
-                      BatchDelLine(tmp.Path() + "/outside"), BatchExtractLine(false, "/opt/pk", "../outside")}));
-    EXPECT_TRUE(calls.empty());
-    EXPECT_EQ(ReadFile(tmp / "outside.zip"), "keep");
-}
-
-TEST_F(BatchRun, NothingRunsAfterAFailedFolderChange) {
-    WriteFile(tmp / "a.zip", "keep");
-    EXPECT_FALSE(Run({BatchCdLine(tmp / "missing/"), BatchExtractLine(false, "/opt/pk", "a"), BatchDelLine("a")}));
-    EXPECT_TRUE(calls.empty());
-    EXPECT_EQ(ReadFile(tmp / "a.zip"), "keep");
-    // A later folder change that works lets the lines behind it run.
-    WriteFile(dest + "a.zip", "w");
-    EXPECT_FALSE(Run({BatchCdLine(tmp / "missing/"), BatchCdLine(dest), BatchDelLine("a")}));
-    EXPECT_FALSE(std::filesystem::exists(dest + "a.zip"));
-}
-
-TEST_F(BatchRun, BackslashNamesReachIntoSubFolders) {
-    std::filesystem::create_directory(dest + "sub");
-    WriteFile(dest + "sub/m.bin.zip", "w");
-    EXPECT_TRUE(Run({BatchCdLine(dest), BatchExtractLine(false, "/opt/pk", "sub\\m.bin"), BatchDelLine("sub\\m.bin")}))
-        << report;
-    EXPECT_FALSE(std::filesystem::exists(dest + "sub/m.bin.zip"));
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0], (std::vector<std::string>{"/opt/pk", "-Extract", "sub/m.bin.zip"}));
-}
-
-TEST_F(BatchRun, ALastLineWithoutItsEndIsNotExecuted) {
-    WriteFile(dest + "a.zip", "keep");
-    std::ostringstream out;
-    EXPECT_FALSE(RunBatchScript(BatchCdLine(dest) + "\r\n" + BatchDelLine("a"), tmp.Path(), out,
-                                [](const auto&, const auto&, auto&) { return 0; }));
-    EXPECT_TRUE(std::filesystem::exists(dest + "a.zip"));
-    EXPECT_NE(out.str().find("no end"), std::string::npos);
+// The built-in archiver runs inside the runner, and gives the same files and
+// the same outcome as the archiver program started for the same line, for a
+// sound wrapper and a damaged one alike.
+TEST_F(BatchRun, TheBuiltInArchiverInProcessMatchesTheProgram) {
+    if (!paktest::ToolBuilt("quarrin-pkzip")) FAIL() << "quarrin-pkzip must be built in " << QUARRIN_TOOLS_DIR;
+    const std::string pkzip = paktest::ToolPath("quarrin-pkzip");
+    const std::string good =
+        fixtures::BuildZip({fixtures::ImplodedEntry("a b.txt", std::string(5000, 'z') + "end"),
+                            fixtures::ImplodedEntry("sub\\c.bin", "deep content")});
+    // Three bytes cut out of the central directory.
+    std::string bad = good;
+    bad.erase(bad.size() - 120, 3);
+    auto road = [&](bool inProcess, std::string& outcome) {
+        TempDir where;
+        std::filesystem::create_directory(where / "sub");
+        WriteFile(where / "good.zip", good);
+        WriteFile(where / "bad.zip", bad);
+        BatchPolicy p;
+        p.Folder = where.Path();
+        p.Archivers = {pkzip};
+        p.BuiltInArchiver = inProcess ? pkzip : std::string();
+        std::ostringstream out, err;
+        bool ok = RunBatchScript(BatchCdLine(where.Path() + "/") + "\r\n" + BatchExtractLine(false, pkzip, "good") +
+                                     "\r\n" + BatchExtractLine(false, pkzip, "bad") + "\r\n",
+                                 p, out, err, RunProgram);
+        outcome = std::string(ok ? "ok" : "failed") + (out.str().find("[3]") != std::string::npos ? " 3" : "");
+        std::map<std::string, std::string> files;
+        for (const auto& e : std::filesystem::recursive_directory_iterator(where.Path()))
+            if (e.is_regular_file()) files[e.path().lexically_relative(where.Path()).string()] = ReadFile(e.path());
+        return files;
+    };
+    std::string inOutcome, outOutcome;
+    auto inProcess = road(true, inOutcome);
+    auto asProgram = road(false, outOutcome);
+    EXPECT_EQ(inProcess, asProgram);
+    EXPECT_EQ(inOutcome, outOutcome);
+    EXPECT_EQ(inProcess["a b.txt"], std::string(5000, 'z') + "end");
+    EXPECT_EQ(inProcess["sub/c.bin"], "deep content");
 }
 
 // The runner program, with the real archiver.
@@ -194,7 +254,8 @@ TEST(RunnerProgram, RunsTheArchiverAndReportsEachLine) {
 
     WriteFile(dest + "_unpak_.bat", BatchCdLine(dest) + "\r\necho hello\r\n");
     EXPECT_EQ(paktest::RunCapture({paktest::ToolPath("quarrin-runbat"), dest + "_unpak_.bat"}, "/", output), 1);
-    EXPECT_NE(output.find("[2] echo hello\n    not understood"), std::string::npos) << output;
+    EXPECT_NE(output.find("[2] echo hello\n    refused"), std::string::npos) << output;
+    EXPECT_NE(output.find("line 2 refused (not one of the three line forms)"), std::string::npos) << output;
     EXPECT_EQ(output.find("\nhello"), std::string::npos) << output;
 }
 
