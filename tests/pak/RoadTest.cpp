@@ -149,3 +149,171 @@ TEST(Road, HostileNamesNeverLeaveTheDestination) {
 }
 
 }  // namespace
+
+// ---- Hostile PAK archives, down the whole road ------------------------------
+
+#include <sys/stat.h>
+
+#include "fixtures/RegistryHome.h"
+#include "fixtures/ScriptedDialogs.h"
+#include "pak/frmScript.h"
+#include "platform/Shell.h"
+#include "shell/frmMain.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A sandbox with the game folder, the destination, and an outside folder that
+// every attack aims at.
+struct Sandbox {
+    TempDir tmp;
+    std::string game, dest, outside;
+    Sandbox() {
+        fs::create_directories(tmp / "game");
+        fs::create_directories(tmp / "dest");
+        fs::create_directories(tmp / "outside");
+        game = tmp.Path() + "/game/";
+        dest = tmp.Path() + "/dest/";
+        outside = tmp.Path() + "/outside/";
+        WriteFile(outside + "victim.txt", "the user's file");
+        WriteFile(outside + "victim.zip", "the user's archive");
+    }
+    // Every file outside the destination with its bytes and modification time.
+    std::map<std::string, std::string> Outside() const {
+        std::map<std::string, std::string> files;
+        for (auto it = fs::recursive_directory_iterator(tmp.Path()); it != fs::recursive_directory_iterator(); ++it) {
+            const std::string p = it->path().string();
+            if (p.rfind(dest, 0) == 0 || p + "/" == dest) {
+                if (it->is_directory() && !it->is_symlink()) it.disable_recursion_pending();
+                if (p + "/" != dest) continue;
+            }
+            struct stat st {};
+            if (::lstat(p.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
+                files[p] = "(not a file)";
+                continue;
+            }
+            files[p] = ReadFile(p) + "@" + std::to_string(st.st_mtim.tv_sec) + "." + std::to_string(st.st_mtim.tv_nsec);
+        }
+        return files;
+    }
+};
+
+// A command file as an attacker writes it: out of the folder, another
+// program, a delete outside, and a line of a fourth kind.
+std::string HostileScript(const Sandbox& s) {
+    return BatchCdLine(s.outside) + "\r\n" +
+           "cmd /c \"bash\" -Extract \"touch " + s.tmp.Path() + "/pwned;#.zip\"\r\n" +
+           BatchExtractLine(false, FindProgram("touch"), s.tmp.Path() + "/pwned") + "\r\n" +
+           BatchDelLine(s.outside + "victim") + "\r\n" + BatchDelLine("../outside/victim") + "\r\n" +
+           "rm \"" + s.outside + "victim.txt\"\r\n" + BatchCdLine(s.dest) + "\r\n" + BatchDelLine("..\\outside\\victim") +
+           "\r\n";
+}
+
+struct HostileRow {
+    const char* attack;
+    // Adds the attacking members (or plants files) before the honest ones.
+    std::function<void(Sandbox&, fixtures::PakBuilder&)> plant;
+    // Unpacks into the PAK's own folder.
+    bool intoGameFolder = false;
+};
+
+const std::string kHonestStored = "an honest stored member\r\n";
+const std::string kHonestImploded = Pattern(9000, 7);
+
+std::vector<HostileRow> HostileRows() {
+    std::vector<HostileRow> rows;
+    for (const char* name : {"_unpak_.bat", ".\\_unpak_.bat", "./_unpak_.bat", "pkfixed.zip", "pkfixed"}) {
+        for (bool imploded : {false, true}) {
+            rows.push_back({name, [name, imploded](Sandbox& s, fixtures::PakBuilder& b) {
+                                if (imploded)
+                                    b.Imploded(name, HostileScript(s));
+                                else
+                                    b.Stored(name, HostileScript(s));
+                            }});
+        }
+    }
+    rows.push_back({"linked folder and file in the destination", [](Sandbox& s, fixtures::PakBuilder& b) {
+                        fs::create_directory_symlink(s.outside, s.dest + "sub");
+                        fs::create_symlink(s.outside + "victim.txt", s.dest + "victim.txt");
+                        fs::create_symlink(s.outside + "victim.zip", s.dest + "packed.bin.zip");
+                        b.Stored("sub\\evil.txt", "written through a link").Imploded("sub\\evil.bin", Pattern(500, 2));
+                        b.Stored("victim.txt", "replaces the link, not its target");
+                        b.Imploded("packed.bin", Pattern(700, 3));
+                    }});
+    rows.push_back({"a member with the PAK's own name", [](Sandbox& s, fixtures::PakBuilder& b) {
+                        b.Stored("game.pak", "overwrites the archive being read");
+                    }, true});
+    rows.push_back({"a compressed member with the PAK's own name", [](Sandbox& s, fixtures::PakBuilder& b) {
+                        b.Imploded("game.pak", Pattern(600, 4));
+                    }, true});
+    return rows;
+}
+
+enum class Road { Cli, Dialog };
+
+void RunRoad(Road road, Sandbox& s, const std::string& pakPath, const std::string& dest, std::string& report) {
+    if (road == Road::Cli) {
+        paktest::RunCapture({paktest::ToolPath("quarrin-cli"), "pak", "unpak", pakPath, dest, "--run"}, "/", report);
+        return;
+    }
+    fixtures::ScriptedMessageBoxes boxes;
+    frmMain main;
+    FillZipTemplates();
+    g_sPkzipPath = paktest::ToolPath("quarrin-pkzip");
+    main.oDir.SetPath(GetFolderName(pakPath));
+    ASSERT_TRUE(main.oFile.Select(GetFileName(pakPath)));
+    main.oFile_DblClick();
+    frmScript form(main);
+    form.StartCommandFile = [&](const std::string& script, const std::string& folder) {
+        std::string output;
+        paktest::RunCapture({paktest::ToolPath("quarrin-runbat"), script}, folder, output);
+        report += output;
+    };
+    form.Form_Load();
+    form.Form_Activate();
+    form.oDirFld.SetPath(dest);
+    form.OptSel[0].SetValue(true);
+    form.cmdValidate_Click(1);
+    g_sPkzipPath.clear();
+    g_sShortCutPath.clear();
+}
+
+TEST(Road, HostilePak) {
+    if (!paktest::ToolBuilt("quarrin-runbat") || !paktest::ToolBuilt("quarrin-pkzip") ||
+        !paktest::ToolBuilt("quarrin-cli"))
+        FAIL() << "the tools must be built in " << QUARRIN_TOOLS_DIR;
+    fixtures::RegistryHome home;
+    for (const HostileRow& row : HostileRows()) {
+        for (Road road : {Road::Cli, Road::Dialog}) {
+            const std::string what = std::string(row.attack) + (road == Road::Cli ? " (quarrin-cli)" : " (dialog)");
+            Sandbox s;
+            fixtures::PakBuilder builder;
+            row.plant(s, builder);
+            builder.Stored("honest.txt", kHonestStored).Imploded("honest.bin", kHonestImploded);
+            const std::string pakPath = s.game + "game.pak";
+            const std::string pakBytes = builder.Build();
+            WriteFile(pakPath, pakBytes);
+            const std::string dest = row.intoGameFolder ? s.game : s.dest;
+            const auto before = s.Outside();
+
+            std::string report;
+            RunRoad(road, s, pakPath, dest, report);
+
+            // Every honest member is out, whatever came before it.
+            EXPECT_EQ(ReadFile(dest + "honest.txt"), kHonestStored) << what << "\n" << report;
+            EXPECT_EQ(ReadFile(dest + "honest.bin"), kHonestImploded) << what << "\n" << report;
+            // The command file is the program's own.
+            EXPECT_EQ(ReadFile(dest + "_unpak_.bat").rfind(BatchCdLine(dest) + "\r\n", 0), 0u) << what;
+            // No program but the archiver ran, and nothing outside changed.
+            EXPECT_FALSE(fs::exists(s.tmp / "pwned")) << what;
+            if (row.intoGameFolder) {
+                EXPECT_EQ(ReadFile(pakPath), pakBytes) << what;
+            } else {
+                EXPECT_EQ(s.Outside(), before) << what << "\n" << report;
+            }
+        }
+    }
+}
+
+}  // namespace
