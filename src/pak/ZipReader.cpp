@@ -1,15 +1,17 @@
 #include "pak/ZipReader.h"
 
-#include <StormLib.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <new>
+#include <memory>
 
 #include "pak/BatchScript.h"
 #include "pak/MemberPath.h"
@@ -34,6 +36,8 @@ uint32_t Get32(const uint8_t* p) {
 constexpr uint16_t kEncryptedFlags = 0x0001 | 0x0040 | 0x2000;
 // Bit 3: the sizes and CRC follow the data and the local header holds zeros.
 constexpr uint16_t kDataDescriptorFlag = 0x0008;
+
+const char* const kSinkStopped = "the output could not be written";
 
 }  // namespace
 
@@ -208,8 +212,174 @@ bool ZipReader::Open(const ZipSource& source, std::string& error) {
         }
         entries_.push_back(std::move(e));
     }
+    return RefuseOverlaps(error);
+}
+
+bool ZipReader::RefuseOverlaps(std::string& error) {
+    // Each sound entry claims its local header, name, extra field and data.
+    // Entries that share bytes let a small archive stand for a huge output,
+    // so they are refused as a whole before anything is written. Sorted by
+    // start, each range must begin at or behind the furthest end before it.
+    struct Range {
+        int64_t Start, End;
+        size_t Index;
+    };
+    std::vector<Range> ranges;
+    ranges.reserve(entries_.size());
+    for (size_t i = 0; i < entries_.size(); ++i) {
+        const ZipEntry& e = entries_[i];
+        if (e.Damage.empty())
+            ranges.push_back({e.LocalHeaderOffset, e.DataOffset + static_cast<int64_t>(e.CompressedSize), i});
+    }
+    std::sort(ranges.begin(), ranges.end(), [](const Range& a, const Range& b) {
+        return a.Start != b.Start ? a.Start < b.Start : a.Index < b.Index;
+    });
+    const Range* furthest = nullptr;
+    for (const Range& r : ranges) {
+        if (furthest != nullptr && r.Start < furthest->End) {
+            const size_t first = std::min(furthest->Index, r.Index), second = std::max(furthest->Index, r.Index);
+            error = "entries " + std::to_string(first + 1) + " (" + PrintableLine(entries_[first].Name) + ") and " +
+                    std::to_string(second + 1) + " (" + PrintableLine(entries_[second].Name) +
+                    ") share bytes of the archive: overlapping entries are refused";
+            entries_.clear();
+            return false;
+        }
+        if (furthest == nullptr || r.End > furthest->End) furthest = &r;
+    }
     return true;
 }
+
+// StormLib exports the streaming decoder of its PKWare DCL code, which its
+// header doesn't declare. The decoder pulls the stream through `read_buf`, at
+// most 2 KiB at a time, and pushes what it decodes through `write_buf`, at
+// most 4 KiB at a time; its whole state lies in `work_buf`. It answers 0 for
+// a stream that ends with its end mark, 4 for one whose input ran out first,
+// and 1 to 3 for a header or data it can't decode.
+extern "C" unsigned int explode(unsigned int (*read_buf)(char* buf, unsigned int* size, void* param),
+                                void (*write_buf)(char* buf, unsigned int* size, void* param), char* work_buf,
+                                void* param);
+
+namespace {
+
+constexpr unsigned int kExplodeEndMark = 0;
+constexpr unsigned int kExplodeInputEnded = 4;
+// The decoder's state takes 12,648 bytes in StormLib 9.22 on 64-bit systems;
+// the room given leaves a margin for other builds of the library.
+constexpr size_t kExplodeWorkSize = 32 * 1024;
+
+// What the decoder's two callbacks share while one entry is decoded. Input
+// and output go through buffers of at most kChunk bytes, whatever the
+// entry's size.
+struct ExplodeRun {
+    enum class Stop { No, ReadFailed, TooMuch, SinkStopped };
+    const ZipSource* source = nullptr;
+    int64_t inOffset = 0;  // the next byte of the stream in the archive
+    uint32_t inLeft = 0;   // bytes of the stream not read yet
+    std::vector<uint8_t> in;
+    size_t inPos = 0, inEnd = 0;
+    std::vector<uint8_t> out;
+    size_t outFill = 0;
+    uint64_t declared = 0;
+    uint64_t produced = 0;
+    const std::function<bool(const uint8_t*, size_t)>* give = nullptr;
+    Stop stop = Stop::No;
+
+    bool Flush() {
+        if (outFill != 0 && !(*give)(out.data(), outFill)) stop = Stop::SinkStopped;
+        outFill = 0;
+        return stop == Stop::No;
+    }
+};
+
+// Once the run is stopped the decoder gets no more input, so it ends within
+// the bytes it holds; what it still writes is dropped.
+unsigned int ExplodeRead(char* buf, unsigned int* size, void* param) {
+    auto& run = *static_cast<ExplodeRun*>(param);
+    unsigned int done = 0;
+    while (run.stop == ExplodeRun::Stop::No && done < *size) {
+        if (run.inPos == run.inEnd) {
+            if (run.inLeft == 0) break;
+            const size_t n = std::min<size_t>(run.in.size(), run.inLeft);
+            if (!run.source->ReadAt(run.inOffset, run.in.data(), n)) {
+                run.stop = ExplodeRun::Stop::ReadFailed;
+                break;
+            }
+            run.inOffset += static_cast<int64_t>(n);
+            run.inLeft -= static_cast<uint32_t>(n);
+            run.inPos = 0;
+            run.inEnd = n;
+        }
+        const size_t n = std::min<size_t>(*size - done, run.inEnd - run.inPos);
+        std::memcpy(buf + done, run.in.data() + run.inPos, n);
+        run.inPos += n;
+        done += static_cast<unsigned int>(n);
+    }
+    return run.stop == ExplodeRun::Stop::No ? done : 0;
+}
+
+void ExplodeWrite(char* buf, unsigned int* size, void* param) {
+    auto& run = *static_cast<ExplodeRun*>(param);
+    if (run.stop != ExplodeRun::Stop::No) return;
+    size_t n = *size;
+    if (run.produced + n > run.declared) {
+        run.stop = ExplodeRun::Stop::TooMuch;
+        return;
+    }
+    run.produced += n;
+    const auto* p = reinterpret_cast<const uint8_t*>(buf);
+    while (n > 0) {
+        const size_t k = std::min(n, run.out.size() - run.outFill);
+        std::memcpy(run.out.data() + run.outFill, p, k);
+        run.outFill += k;
+        p += k;
+        n -= k;
+        if (run.outFill == run.out.size() && !run.Flush()) return;
+    }
+}
+
+// Decodes an imploded entry piece by piece into `give`; memory stays the
+// same whatever the entry's size, and the declared size is checked against
+// what the stream gives, never trusted for a buffer.
+bool Explode(const ZipSource& source, const ZipEntry& entry, const std::function<bool(const uint8_t*, size_t)>& give,
+             std::string& error) {
+    ExplodeRun run;
+    run.source = &source;
+    run.inOffset = entry.DataOffset;
+    run.inLeft = entry.CompressedSize;
+    run.in.resize(std::clamp<size_t>(entry.CompressedSize, 1, kChunk));
+    run.out.resize(std::clamp<size_t>(entry.UncompressedSize, 1, kChunk));
+    run.declared = entry.UncompressedSize;
+    run.give = &give;
+    auto work = std::make_unique<char[]>(kExplodeWorkSize);
+    const unsigned int result = explode(ExplodeRead, ExplodeWrite, work.get(), &run);
+    if (run.stop == ExplodeRun::Stop::No) run.Flush();
+    switch (run.stop) {
+        case ExplodeRun::Stop::No:
+            break;
+        case ExplodeRun::Stop::ReadFailed:
+            error = "the data can't be read";
+            return false;
+        case ExplodeRun::Stop::TooMuch:
+            error = "the implode stream gives more bytes than the declared " + std::to_string(entry.UncompressedSize);
+            return false;
+        case ExplodeRun::Stop::SinkStopped:
+            error = kSinkStopped;
+            return false;
+    }
+    // A stream cut short behind its last byte, without the end mark, is taken
+    // when it gave the declared size.
+    if (result != kExplodeEndMark && result != kExplodeInputEnded) {
+        error = "the implode stream is damaged";
+        return false;
+    }
+    if (run.produced != run.declared) {
+        error = "the implode stream gives fewer bytes than the declared " + std::to_string(entry.UncompressedSize);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
 
 bool ZipReader::Extract(const ZipEntry& entry, const ZipSink& sink, std::string& error) const {
     if (source_ == nullptr) {
@@ -226,13 +396,12 @@ bool ZipReader::Extract(const ZipEntry& entry, const ZipSink& sink, std::string&
     }
     uLong crc = crc32(0L, Z_NULL, 0);
     uint64_t produced = 0;
-    auto give = [&](const uint8_t* data, size_t n) {
+    const std::function<bool(const uint8_t*, size_t)> give = [&](const uint8_t* data, size_t n) {
         if (n == 0) return true;
         crc = crc32(crc, data, static_cast<uInt>(n));
         produced += n;
         return sink(data, n);
     };
-    const char* const kSinkStopped = "the output could not be written";
 
     switch (entry.Method) {
         case kZipStored: {
@@ -317,42 +486,12 @@ bool ZipReader::Extract(const ZipEntry& entry, const ZipSink& sink, std::string&
         }
         case kZipImploded: {
             if (entry.UncompressedSize == 0) break;
-            if (static_cast<int64_t>(entry.UncompressedSize) > MaxExplodedSize(entry.CompressedSize) ||
-                std::max(entry.UncompressedSize, entry.CompressedSize) > static_cast<uint32_t>(INT_MAX) - 2) {
+            if (static_cast<int64_t>(entry.UncompressedSize) > MaxExplodedSize(entry.CompressedSize)) {
                 error = "the declared size is more than an implode stream of " +
                         std::to_string(entry.CompressedSize) + " bytes can produce";
                 return false;
             }
-            std::unique_ptr<uint8_t[]> in(new (std::nothrow) uint8_t[entry.CompressedSize]);
-            if (!in || !source_->ReadAt(entry.DataOffset, in.get(), entry.CompressedSize)) {
-                error = "the data can't be read";
-                return false;
-            }
-            // Room for one byte more than declared shows a stream that says
-            // more than its header. The decoder also wants an output buffer
-            // longer than its input: it refuses a shorter one and copies the
-            // input unchanged into one of the same length.
-            const int capacity =
-                static_cast<int>(std::max(entry.UncompressedSize, entry.CompressedSize)) + 1;
-            std::unique_ptr<uint8_t[]> out(new (std::nothrow) uint8_t[static_cast<size_t>(capacity)]);
-            if (!out) {
-                error = "not enough memory for " + std::to_string(entry.UncompressedSize) + " bytes";
-                return false;
-            }
-            int length = capacity;
-            if (SCompExplode(out.get(), &length, in.get(), static_cast<int>(entry.CompressedSize)) == 0) {
-                error = "the implode stream is damaged";
-                return false;
-            }
-            if (length != static_cast<int>(entry.UncompressedSize)) {
-                error = "the implode stream gives " + std::string(length > static_cast<int>(entry.UncompressedSize) ? "more" : "fewer") +
-                        " bytes than the declared " + std::to_string(entry.UncompressedSize);
-                return false;
-            }
-            if (!give(out.get(), static_cast<size_t>(length))) {
-                error = kSinkStopped;
-                return false;
-            }
+            if (!Explode(*source_, entry, give, error)) return false;
             break;
         }
         default:
@@ -375,9 +514,107 @@ namespace {
 
 bool IsSeparator(char c) { return c == '/' || c == '\\'; }
 
-// Makes the folders of `parts` below `folder`, one by one. A part that exists
-// must be a real folder: a symbolic link on the way could lead the write out.
-bool MakeFolders(const std::string& folder, const std::vector<std::string>& parts, std::string& error) {
+// ---- Temporary files and the signals that end the program ------------------
+//
+// Each entry is written into a temporary file that is renamed when it is
+// whole. While an archive is unpacked, SIGINT, SIGTERM and SIGHUP remove the
+// temporary file being written and then end the program the way they would
+// have without a handler. The handler only sees the static slot below: its
+// path is filled while no temporary file exists (before the file is
+// created), and it counts only while the flag is set.
+
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr size_t kEndingSignalCount = sizeof kEndingSignals / sizeof kEndingSignals[0];
+
+static_assert(std::atomic<bool>::is_always_lock_free, "the signal handler reads an atomic flag");
+char g_tempPath[PATH_MAX];
+std::atomic<bool> g_tempPathSet{false};
+std::atomic<bool> g_tempSlotTaken{false};
+
+extern "C" void RemoveTempFileAndEnd(int signalNumber) {
+    if (g_tempPathSet.load()) ::unlink(g_tempPath);
+    struct sigaction defaultAction {};
+    defaultAction.sa_handler = SIG_DFL;
+    sigemptyset(&defaultAction.sa_mask);
+    ::sigaction(signalNumber, &defaultAction, nullptr);
+    sigset_t self;
+    sigemptyset(&self);
+    sigaddset(&self, signalNumber);
+    ::sigprocmask(SIG_UNBLOCK, &self, nullptr);
+    ::raise(signalNumber);
+}
+
+// Holds the slot for one unpacking: installs the handler for each ending
+// signal whose action is the default one (a signal that the process ignores
+// or handles itself is left alone), and puts everything back at the end, so
+// that nothing stays behind in a process that unpacks many archives. A
+// second unpacking that runs meanwhile in another thread goes without.
+class TempFileGuard {
+public:
+    TempFileGuard() {
+        bool expected = false;
+        owner_ = g_tempSlotTaken.compare_exchange_strong(expected, true);
+        if (!owner_) return;
+        for (size_t i = 0; i < kEndingSignalCount; ++i) {
+            struct sigaction current {};
+            if (::sigaction(kEndingSignals[i], nullptr, &current) != 0 || (current.sa_flags & SA_SIGINFO) ||
+                current.sa_handler != SIG_DFL)
+                continue;
+            struct sigaction mine {};
+            mine.sa_handler = RemoveTempFileAndEnd;
+            sigemptyset(&mine.sa_mask);
+            for (int other : kEndingSignals) sigaddset(&mine.sa_mask, other);
+            installed_[i] = ::sigaction(kEndingSignals[i], &mine, &previous_[i]) == 0;
+        }
+    }
+    ~TempFileGuard() {
+        if (!owner_) return;
+        g_tempPathSet.store(false);
+        for (size_t i = 0; i < kEndingSignalCount; ++i)
+            if (installed_[i]) ::sigaction(kEndingSignals[i], &previous_[i], nullptr);
+        g_tempSlotTaken.store(false);
+    }
+    TempFileGuard(const TempFileGuard&) = delete;
+    TempFileGuard& operator=(const TempFileGuard&) = delete;
+
+    // Before the file at `path` is created.
+    void Set(const std::string& path) {
+        if (!owner_) return;
+        g_tempPathSet.store(false);
+        if (path.size() >= sizeof g_tempPath) return;  // too long to be created anyway
+        std::memcpy(g_tempPath, path.c_str(), path.size() + 1);
+        g_tempPathSet.store(true);
+    }
+    // After the file was renamed or removed.
+    void Clear() {
+        if (owner_) g_tempPathSet.store(false);
+    }
+
+private:
+    bool owner_ = false;
+    bool installed_[kEndingSignalCount] = {};
+    struct sigaction previous_[kEndingSignalCount] {};
+};
+
+// The folders that one entry made, removed again, deepest first, unless the
+// entry was written.
+struct FoldersMade {
+    std::vector<std::string> Paths;
+    bool Keep = false;
+    FoldersMade() = default;
+    FoldersMade(const FoldersMade&) = delete;
+    FoldersMade& operator=(const FoldersMade&) = delete;
+    ~FoldersMade() {
+        if (Keep) return;
+        for (auto it = Paths.rbegin(); it != Paths.rend(); ++it) ::rmdir(it->c_str());
+    }
+};
+
+// Makes the folders of `parts` below `folder`, one by one, noting each one it
+// makes. A part that exists must be a real folder: a symbolic link on the way
+// could lead the write out.
+bool MakeFolders(const std::string& folder, const std::vector<std::string>& parts, FoldersMade& made,
+                 std::string& error) {
     std::string path = folder;
     for (const std::string& part : parts) {
         if (part.empty() || part == ".") continue;
@@ -385,15 +622,17 @@ bool MakeFolders(const std::string& folder, const std::vector<std::string>& part
         struct stat st {};
         if (::lstat(path.c_str(), &st) == 0) {
             if (!S_ISDIR(st.st_mode)) {
-                error = path + " is in the way and is not a folder";
+                error = PrintableLine(path) + " is in the way and is not a folder";
                 return false;
             }
             continue;
         }
-        if (::mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
-            error = "can't make the folder " + path + ": " + std::strerror(errno);
+        if (::mkdir(path.c_str(), 0777) != 0) {
+            if (errno == EEXIST) continue;
+            error = "can't make the folder " + PrintableLine(path) + ": " + std::strerror(errno);
             return false;
         }
+        made.Paths.push_back(path);
     }
     return true;
 }
@@ -410,38 +649,63 @@ std::vector<std::string> SplitName(const std::string& name) {
     return parts;
 }
 
+class FileDescriptor {
+public:
+    ~FileDescriptor() { Close(); }
+    int Get() const { return fd_; }
+    void Reset(int fd) {
+        Close();
+        fd_ = fd;
+    }
+    // Gives the result of close(2), or 0 when nothing was open.
+    int Close() {
+        const int rc = fd_ >= 0 ? ::close(fd_) : 0;
+        fd_ = -1;
+        return rc;
+    }
+
+private:
+    int fd_ = -1;
+};
+
 // Writes one entry: into a new file with a temporary name in the target's
 // folder, renamed to its name only when it is whole, so that no part of a
-// damaged entry ever stands under the entry's name.
-bool WriteEntry(const ZipReader& reader, const ZipEntry& entry, const std::string& folder, std::string& error) {
+// damaged entry ever stands under the entry's name. An entry that fails
+// leaves neither its temporary file nor the folders it made.
+bool WriteEntry(const ZipReader& reader, const ZipEntry& entry, const std::string& folder, TempFileGuard& guard,
+                std::string& error) {
     std::vector<std::string> parts = SplitName(entry.Name);
-    std::string leaf = parts.back();
+    const std::string leaf = parts.back();
     parts.pop_back();
-    if (!MakeFolders(folder, parts, error)) return false;
+    FoldersMade made;
+    if (!MakeFolders(folder, parts, made, error)) return false;
     std::string parent = folder;
     for (const std::string& part : parts)
         if (!part.empty() && part != ".") parent += "/" + part;
     const std::string target = parent + "/" + leaf;
 
     std::string temp;
-    int fd = -1;
-    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+    FileDescriptor fd;
+    for (int attempt = 0; attempt < 100 && fd.Get() < 0; ++attempt) {
         temp = parent + "/.quarrin-pkzip-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".part";
-        fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
-        if (fd < 0 && errno != EEXIST) break;
+        guard.Set(temp);
+        fd.Reset(::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
+        if (fd.Get() < 0 && errno != EEXIST) break;
     }
-    if (fd < 0) {
-        error = "can't create a file in " + parent + ": " + std::strerror(errno);
+    if (fd.Get() < 0) {
+        error = "can't create a file in " + PrintableLine(parent) + ": " + std::strerror(errno);
+        guard.Clear();
         return false;
     }
+    std::string writeError;
     bool ok = reader.Extract(
         entry,
         [&](const uint8_t* data, size_t size) {
             while (size > 0) {
-                ssize_t n = ::write(fd, data, size);
+                ssize_t n = ::write(fd.Get(), data, size);
                 if (n < 0 && errno == EINTR) continue;
                 if (n <= 0) {
-                    error = std::string("write failed: ") + std::strerror(errno);
+                    writeError = std::string("write failed: ") + std::strerror(n < 0 ? errno : ENOSPC);
                     return false;
                 }
                 data += n;
@@ -450,23 +714,24 @@ bool WriteEntry(const ZipReader& reader, const ZipEntry& entry, const std::strin
             return true;
         },
         error);
-    if (::close(fd) != 0 && ok) {
+    if (!ok && !writeError.empty()) error = writeError;
+    if (fd.Close() != 0 && ok) {
         error = std::string("write failed: ") + std::strerror(errno);
         ok = false;
     }
     if (ok && ::rename(temp.c_str(), target.c_str()) != 0) {
-        error = "can't write " + target + ": " + std::strerror(errno);
+        error = "can't write " + PrintableLine(target) + ": " + std::strerror(errno);
         ok = false;
     }
     if (!ok) ::unlink(temp.c_str());
+    guard.Clear();
+    made.Keep = ok;
     return ok;
 }
 
-}  // namespace
-
-bool ExtractZipToFolder(const std::string& zipPath, const std::string& folder, std::ostream& out,
-                        std::ostream& err) {
-    const std::string shownZip = PrintableLine(zipPath);
+// Every entry of the archive into `folder`; true when each one was written.
+bool ExtractEntries(const std::string& zipPath, const std::string& shownZip, const std::string& folder,
+                    std::ostream& out, std::ostream& err) {
     FileZipSource source;
     std::string error;
     if (!source.Open(zipPath, error)) {
@@ -479,6 +744,7 @@ bool ExtractZipToFolder(const std::string& zipPath, const std::string& folder, s
         return false;
     }
     out << "Archive: " << shownZip << "\n";
+    TempFileGuard guard;
     bool allWritten = true;
     for (const ZipEntry& entry : reader.Entries()) {
         const std::string shown = PrintableLine(entry.Name);
@@ -491,16 +757,19 @@ bool ExtractZipToFolder(const std::string& zipPath, const std::string& folder, s
             continue;
         }
         if (isFolder) {
-            if (entry.UncompressedSize != 0 || !MakeFolders(folder, SplitName(name), error)) {
-                err << shownZip << ": " << shown << ": "
-                    << (entry.UncompressedSize != 0 ? "a folder entry with data" : error) << "\n";
-                allWritten = false;
+            FoldersMade made;
+            if (entry.UncompressedSize != 0) {
+                error = "a folder entry with data";
+            } else if (MakeFolders(folder, SplitName(name), made, error)) {
+                made.Keep = true;
+                out << "   creating: " << shown << "\n";
                 continue;
             }
-            out << "   creating: " << shown << "\n";
+            err << shownZip << ": " << shown << ": " << error << "\n";
+            allWritten = false;
             continue;
         }
-        if (!WriteEntry(reader, entry, folder, error)) {
+        if (!WriteEntry(reader, entry, folder, guard, error)) {
             err << shownZip << ": " << shown << ": " << error << "\n";
             allWritten = false;
             continue;
@@ -508,4 +777,15 @@ bool ExtractZipToFolder(const std::string& zipPath, const std::string& folder, s
         out << " extracting: " << shown << "\n";
     }
     return allWritten;
+}
+
+}  // namespace
+
+bool ExtractZipToFolder(const std::string& zipPath, const std::string& folder, std::ostream& out,
+                        std::ostream& err) {
+    const std::string shownZip = PrintableLine(zipPath);
+    const bool ok = ExtractEntries(zipPath, shownZip, folder, out, err);
+    out.flush();
+    if (!ok) err << "quarrin-pkzip: " << shownZip << ": not every entry was extracted\n";
+    return ok;
 }

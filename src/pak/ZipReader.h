@@ -3,7 +3,8 @@
 // entries through the end record and the central directory, checks each
 // against its local header, and decodes the methods 0 (stored), 8 (deflate)
 // and 10 (PKWare DCL implode). Every offset and size read from the archive
-// is checked against the archive before it is used.
+// is checked against the archive before it is used, and every method is
+// decoded through buffers of a fixed size, whatever the entry's size.
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -76,8 +77,8 @@ using ZipSink = std::function<bool(const uint8_t* data, size_t size)>;
 class ZipReader {
 public:
     // Reads the directory of an archive; false with `error` set when the end
-    // record or the central directory is damaged. Damage of one entry alone
-    // stands in that entry.
+    // record or the central directory is damaged, or when two entries share
+    // bytes of the archive. Damage of one entry alone stands in that entry.
     bool Open(const ZipSource& source, std::string& error);
     const std::vector<ZipEntry>& Entries() const { return entries_; }
     // Decodes one entry into `sink`. The sink never receives more than the
@@ -87,16 +88,25 @@ public:
     bool Extract(const ZipEntry& entry, const ZipSink& sink, std::string& error) const;
 
 private:
+    bool RefuseOverlaps(std::string& error);
+
     const ZipSource* source_ = nullptr;
     int64_t dataEnd_ = 0;  // where the central directory begins
     std::vector<ZipEntry> entries_;
 };
 
-// The archiver's work: every entry of the archive at `zipPath` into
-// `folder`, each file written under a temporary name and renamed when it is
-// whole. Entry names that would leave the folder are refused; a backslash in
-// a name is a folder separator, and missing sub-folders are made inside
-// `folder`. Reports each entry on `out` and each problem on `err`. Gives true
-// when every entry was written.
+// The archiver's work, all of what quarrin-pkzip does and says: every entry
+// of the archive at `zipPath` into `folder`, each file written under a
+// temporary name and renamed when it is whole. An archive whose entries
+// share bytes is refused before anything is written. Entry names that would
+// leave the folder are refused; a backslash in a name is a folder separator,
+// and missing sub-folders are made inside `folder`. An entry that fails
+// leaves neither its temporary file nor the folders made for it, and SIGINT,
+// SIGTERM or SIGHUP during the call (when their action is the default one)
+// remove the temporary file before they end the process. Reports each entry
+// on `out` and each problem on `err`, names with their control bytes and
+// bytes from 0x7F up shown as \xNN, and closes a failure with a line on
+// `err`. Gives true when every entry was written. Leaves no state behind, so
+// one process may call it many times.
 bool ExtractZipToFolder(const std::string& zipPath, const std::string& folder, std::ostream& out,
                         std::ostream& err);

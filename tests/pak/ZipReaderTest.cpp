@@ -108,7 +108,9 @@ TEST(ZipReader, ExplodeBoundHoldsForTheDensestInput) {
         std::string stream = fixtures::Implode(std::string(size, '\0'));
         EXPECT_GE(MaxExplodedSize(static_cast<int64_t>(stream.size())), static_cast<int64_t>(size));
         // Not much looser than the best the encoder does, so that it refuses.
-        if (size >= 100000) EXPECT_LT(MaxExplodedSize(static_cast<int64_t>(stream.size())), static_cast<int64_t>(size) * 2);
+        if (size >= 100000) {
+            EXPECT_LT(MaxExplodedSize(static_cast<int64_t>(stream.size())), static_cast<int64_t>(size) * 2);
+        }
     }
 }
 

@@ -13,7 +13,9 @@ const char kUsage[] =
     "\n"
     "Writes every entry of NAME.zip into the current folder. Entries may be\n"
     "stored, deflated or imploded (PKWare DCL). Names that would leave the\n"
-    "current folder are refused.\n";
+    "current folder are refused, and so is an archive whose entries share\n"
+    "their bytes. Names are shown with control bytes and bytes from 0x7F up\n"
+    "written as \\xNN.\n";
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -26,8 +28,8 @@ int main(int argc, char** argv) {
         std::cerr << kUsage;
         return 2;
     }
-    bool ok = ExtractZipToFolder(argv[2], ".", std::cout, std::cerr);
-    std::cout.flush();
-    if (!ok) std::cerr << "quarrin-pkzip: " << argv[2] << ": not every entry was extracted\n";
-    return ok ? 0 : 1;
+    // Everything the program says about the archive, the closing line of a
+    // failure too, comes from ExtractZipToFolder, so that a caller that
+    // unpacks in its own process reports the same.
+    return ExtractZipToFolder(argv[2], ".", std::cout, std::cerr) ? 0 : 1;
 }
