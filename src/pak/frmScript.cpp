@@ -246,11 +246,13 @@ void frmScript::Run() {
         if (MatchMember(item.Text, item.Selected)) {
             int32_t packed = VbCLng(item.SubItems(1));
             int32_t original = VbCLng(item.SubItems(2));
-            if (UnpakMember(sDest, sPak, item.Text, packed, original, item.Tag) && packed != original) {
+            const bool bWritten = UnpakMember(sDest, sPak, item.Text, packed, original, item.Tag);
+            if (bWritten && packed != original) {
                 PrintToFile(BatchExtractLine(g_bWin9x, g_sPkzipPath, item.Text));
                 PrintToFile(BatchDelLine(item.Text));
                 if (FileExists(sDest + "pkfixed.zip")) DeleteFileA(sDest + "pkfixed.zip");
             }
+            if (!bWritten && MemberNotWritten) MemberNotWritten(item.Text);
             auto v = static_cast<int32_t>(std::floor(static_cast<double>(i) / (m_lTotal + 1) * 10000));
             if (v < 10001) Step([&] { oPBar.SetValue(v); });
             DoEvents();

@@ -54,6 +54,10 @@ public:
     // Starts the command file in the command shell, detached; the
     // command-line companion replaces it to run the file and wait.
     std::function<void(const std::string& script, const std::string& folder)> StartCommandFile;
+    // Told of each wanted member that UnpakMember did not write. The dialog
+    // passes over such a member quietly; the command-line companion reports
+    // it and fails.
+    std::function<void(const std::string& sName)> MemberNotWritten;
 
     // The text of the "Missing Utility" message.
     static std::string MissingUtilityText();

@@ -314,6 +314,18 @@ TEST(Road, HostilePak) {
             }
         }
     }
+
+    // A command file written by hand and carried out by the runner: every
+    // line of it is refused, and nothing outside changes.
+    Sandbox s;
+    WriteFile(s.dest + "_unpak_.bat", HostileScript(s));
+    const auto before = s.Outside();
+    std::string report;
+    EXPECT_EQ(paktest::RunCapture({paktest::ToolPath("quarrin-runbat"), s.dest + "_unpak_.bat"}, s.dest, report), 1);
+    EXPECT_FALSE(fs::exists(s.tmp / "pwned"));
+    EXPECT_EQ(s.Outside(), before) << report;
+    for (int line : {1, 2, 3, 4, 5, 6, 8})
+        EXPECT_NE(report.find("line " + std::to_string(line) + " refused"), std::string::npos) << line << report;
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include "Commands.h"
 #include "controls/ListView.h"
 #include "identify/modGlobal.h"
+#include "pak/BatchScript.h"
+#include "pak/MemberPath.h"
 #include "pak/frmScript.h"
 #include "platform/Files.h"
 #include "platform/MessageBox.h"
@@ -108,6 +110,14 @@ int CliPakUnpak(const std::vector<std::string>& args) {
         started = RunProgram({App::Path() + g_sPathSep + "quarrin-runbat", scriptPath}, folder, error);
         if (started < 0) std::cerr << "quarrin-cli: " << error << "\n";
     };
+    // A member that could not be written (a refused name, a full disk) is
+    // a failed write: named here, and the exit status is 1.
+    int32_t notWritten = 0;
+    form.MemberNotWritten = [&](const std::string& name) {
+        const std::string target = MemberPath(destFolder + g_sPathSep, name);
+        std::cerr << "quarrin-cli: " << PrintableLine(target.empty() ? name : target) << ": not written\n";
+        ++notWritten;
+    };
     form.Form_Load();
     form.Form_Activate();
     if (form.IsUnloaded()) {
@@ -126,5 +136,5 @@ int CliPakUnpak(const std::vector<std::string>& args) {
     SetMessageBoxService(nullptr);
     if (boxes.count != 0 || script.empty()) return 1;
     std::cout << script << "\n";
-    return run && started != 0 ? 1 : 0;
+    return (run && started != 0) || notWritten != 0 ? 1 : 0;
 }
