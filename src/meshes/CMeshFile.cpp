@@ -183,7 +183,7 @@ bool CMeshFile::LoadBody() {
     return m_bLoaded;
 }
 
-std::string CMeshFile::Report(size_t capacity) const {
+std::string CMeshFile::Report(size_t capacity, TextFilter shown) const {
     std::string text = "Objects:\t1\r\nVertexes:\t";
     AppendNumber(text, m_lVertexCount);
     text += "\r\nPolygons:\t";
@@ -192,6 +192,8 @@ std::string CMeshFile::Report(size_t capacity) const {
     AppendNumber(text, m_lTextureInfoCount);
     text += "\r\n";
     static const char* const kLabels[4] = {" a) ", " b) ", " c) ", " d) "};
+    // A text that runs past the end of the file goes on in zero characters.
+    const std::string zero = shown != nullptr ? shown(std::string(1, '\0')) : std::string(1, '\0');
     for (int32_t i = 0; i < m_lTextureInfoCount; ++i) {
         const MeshTextureInfo& info = m_aTextureInfos(i);
         text += "Info# ";
@@ -199,12 +201,18 @@ std::string CMeshFile::Report(size_t capacity) const {
         text += "\r\n";
         for (int k = 0; k < 4; ++k) {
             const MeshText& entry = info.aText[k];
+            const std::string own = shown != nullptr ? shown(entry.sText) : std::string();
+            const std::string& part = shown != nullptr ? own : entry.sText;
             // The pane can't take more than its capacity; stopping here spares
             // building a text that it would refuse anyway.
-            if (text.size() + entry.sText.size() + entry.Padding() > capacity) RaiseError(vbErrOutOfMemory);
+            if (text.size() + part.size() + entry.Padding() * zero.size() > capacity) RaiseError(vbErrOutOfMemory);
             text += kLabels[k];
-            text += entry.sText;
-            text.append(entry.Padding(), '\0');
+            text += part;
+            if (zero.size() == 1) {
+                text.append(entry.Padding(), zero[0]);
+            } else {
+                for (size_t n = entry.Padding(); n > 0; --n) text += zero;
+            }
             text += "\r\n";
         }
     }
@@ -212,12 +220,20 @@ std::string CMeshFile::Report(size_t capacity) const {
     return text;
 }
 
+std::string CMeshFile::ReportText(size_t capacity, TextFilter shown) {
+    LoadBody();
+    try {
+        return Report(capacity, shown);
+    } catch (const std::exception&) {
+        return OutOfMemoryText();
+    }
+}
+
 bool CMeshFile::Show(int32_t hDesDC) {
     if (m_hFile == 0) return false;
-    LoadBody();
     TextBox& pane = MainForm().tReport;
     try {
-        pane.SetText(Report(pane.Capacity()));
+        pane.SetText(ReportText(pane.Capacity()));
     } catch (const std::exception&) {
         try {
             pane.SetText(OutOfMemoryText());
@@ -257,51 +273,76 @@ std::string ChooseTarget(const std::string& sFileName) {
 
 }  // namespace
 
-void CMeshFile::WriteModel(const std::string& path, MeshExport& outcome) const {
+std::string ExportSizeQuestion(int64_t megabytes) {
+    return "This export will write " + std::to_string(megabytes) + " MB. Continue?";
+}
+
+// Writes the model through a replacement: the file takes its final name at
+// the close, and only when every write succeeded. A failure throws it away and
+// leaves an older file as it was.
+MeshExport CMeshFile::WriteModel(const std::string& path) const {
     int16_t number = 0;
     try {
         number = FreeFile();
         VbOpen(number, path, VbOpenMode::Output);
     } catch (const RuntimeError&) {
-        outcome = MeshExport::OpenFailed;
-        return;
+        return MeshExport::OpenFailed;
     }
-    outcome = MeshExport::WriteFailed;
     try {
         WriteDirectXModel(Geometry(), [number](std::string_view piece) { VbPut(number, std::string(piece)); });
-        outcome = MeshExport::Written;
     } catch (const std::exception&) {
+        VbDiscard(number);
+        return MeshExport::WriteFailed;
     }
     try {
         VbClose(number);
     } catch (const RuntimeError&) {
-        outcome = MeshExport::WriteFailed;
+        return MeshExport::WriteFailed;
     }
+    return MeshExport::Written;
+}
+
+int64_t CMeshFile::ExportSize() {
+    LoadBody();
+    return DirectXModelSize(Geometry());
 }
 
 MeshExport CMeshFile::ExportModel() {
     if (m_hFile == 0) return MeshExport::NoFile;
     LoadBody();
+    const MeshGeometry geometry = Geometry();
+    // Counts that run far past the end of the file give gigabytes of zero
+    // records. The user is asked before such an export; the bound spares
+    // measuring every ordinary model.
+    if (DirectXModelSizeBound(geometry) > kExportQuestionMegabytes * kMegabyte) {
+        const int64_t megabytes = ExportMegabytes(DirectXModelSize(geometry));
+        try {
+            if (megabytes > kExportQuestionMegabytes &&
+                MsgBox(ExportSizeQuestion(megabytes), vbYesNo | vbQuestion) == vbNo)
+                return MeshExport::SizeDeclined;
+        } catch (const std::exception&) {
+            return MeshExport::SizeDeclined;
+        }
+    }
     std::string path;
     try {
         path = ChooseTarget(m_sFileName);
     } catch (const std::exception&) {
         return MeshExport::Cancelled;
     }
-    bool exists = FileExists(path);
-    if (exists) {
+    // The old file goes only when the new one takes its name.
+    if (FileExists(path)) {
         try {
             if (MsgBox(path + " already exist.\r\nDo you want to replace it?", vbYesNo) == vbNo)
                 return MeshExport::Declined;
         } catch (const std::exception&) {
             return MeshExport::Declined;
         }
-        // The file is always written new.
-        DeleteFileA(path);
     }
-    MeshExport outcome = MeshExport::WriteFailed;
-    WriteModel(path, outcome);
-    return outcome;
+    // A table that the body could not give would cut the model short, and a
+    // model cut short never takes the place of a file.
+    if (!DirectXModelComplete(geometry)) return MeshExport::TableUnreadable;
+    return WriteModel(path);
 }
 
 bool CMeshFile::SaveAs() {

@@ -18,15 +18,29 @@ inline constexpr int32_t kMeshKindId = 0x7498;
 inline constexpr int32_t kAMeshKindId = 0x6838;
 
 // How an export ended. SaveAs tells its caller nothing; the command-line
-// companion wants to know.
+// companion wants to know. Only Written changes the disk: the model is
+// written under a temporary name and takes the place of an older file only
+// when it is whole.
 enum class MeshExport {
-    NoFile,      // the object was never bound to a file
-    Cancelled,   // the dialog was cancelled
-    Declined,    // the user would not replace an existing file
-    OpenFailed,  // the target could not be written
-    WriteFailed, // the writing stopped part way; the lines so far stay
+    NoFile,          // the object was never bound to a file
+    SizeDeclined,    // the user would not have an export that large
+    Cancelled,       // the dialog was cancelled
+    Declined,        // the user would not replace an existing file
+    TableUnreadable, // a table of the mesh could not be read, so the model can't be whole
+    OpenFailed,      // the target could not be created
+    WriteFailed,     // the target could not be written whole (a full disk)
     Written,
 };
+
+// An export larger than this asks the user first. A megabyte here is
+// 1,000,000 bytes, as disks and file managers count them.
+inline constexpr int64_t kMegabyte = 1000000;
+inline constexpr int64_t kExportQuestionMegabytes = 256;
+// Megabytes of an export of `bytes`, rounded up, so that an export just above
+// the limit is told as above it.
+constexpr int64_t ExportMegabytes(int64_t bytes) { return (bytes + kMegabyte - 1) / kMegabyte; }
+// The question asked before an export of that many megabytes.
+std::string ExportSizeQuestion(int64_t megabytes);
 
 class CMeshFile : public CNerhaltFile {
 public:
@@ -46,12 +60,21 @@ public:
 
     // SaveAs, with the way it ended.
     MeshExport ExportModel();
+    // Length in bytes of the model that an export writes now, or -1 when a
+    // table that it needs could not be read. Loads the body first.
+    int64_t ExportSize();
     // Reads the body as the first Show or SaveAs does, unless it was read;
     // gives whether it is loaded.
     bool LoadBody();
+    // How a text of the file goes into the report: as it stands (nullptr), or
+    // changed, say made printable for a terminal.
+    using TextFilter = std::string (*)(const std::string&);
     // The report's text. Raises error 7 when it would be longer than
     // `capacity`, and error 9 when the texture table was never allocated.
-    std::string Report(size_t capacity) const;
+    std::string Report(size_t capacity, TextFilter shown = nullptr) const;
+    // The report as Show writes it, the body loaded first: the text that
+    // stands in for a report that can't be composed included.
+    std::string ReportText(size_t capacity, TextFilter shown = nullptr);
     // What the export writes: the vertex and polygon counts and tables.
     MeshGeometry Geometry() const;
     std::string VertexLine(int32_t i) const { return ::VertexLine(Geometry(), i); }
@@ -86,7 +109,7 @@ private:
     bool ReadTextureInfos(int64_t fileEnd);
     // Reads one counted text; false when the file ended inside it.
     bool ReadCountedText(MeshText& text);
-    void WriteModel(const std::string& path, MeshExport& outcome) const;
+    MeshExport WriteModel(const std::string& path) const;
 
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;

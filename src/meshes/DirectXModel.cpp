@@ -1,5 +1,6 @@
 #include "meshes/DirectXModel.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -92,6 +93,15 @@ public:
         m_sText.append(line, end);
         if (m_sText.size() >= kPiece) Flush();
     }
+    // Lines 0 to count - 1 of a table.
+    template <class Put>
+    void Records(Put put, const MeshGeometry& mesh, int32_t count, size_t) {
+        for (int32_t i = 0; i < count; ++i) Record(put, mesh, i);
+    }
+    // The same line `times` times.
+    void Repeat(std::string_view text, int64_t times) {
+        for (int64_t i = 0; i < times; ++i) Line(text);
+    }
     // Hands over what has gathered. The buffer is emptied first, so a sink that
     // fails is not given the same lines again.
     void Flush() {
@@ -108,20 +118,55 @@ private:
     std::string m_sText;
 };
 
-void WriteSections(const MeshGeometry& mesh, ModelBuffer& out) {
+// Counts the bytes of the model instead of making them. The records that a
+// table stores are measured one by one; the zero records behind them all have
+// the length of one of them.
+class ModelSize {
+public:
+    void Text(std::string_view text) { m_lSize += static_cast<int64_t>(text.size()); }
+    void Line(std::string_view text) { m_lSize += static_cast<int64_t>(text.size()) + 2; }
+    void CountLine(std::string_view prefix, int32_t count) {
+        char digits[16];
+        m_lSize += static_cast<int64_t>(prefix.size()) + (std::to_chars(digits, digits + sizeof digits, count).ptr - digits) + 3;
+    }
+    template <class Put>
+    void Records(Put put, const MeshGeometry& mesh, int32_t count, size_t stored) {
+        if (count <= 0) return;
+        char line[kLineMax];
+        const int32_t measured = static_cast<int32_t>(std::min<size_t>(stored, static_cast<size_t>(count)));
+        for (int32_t i = 0; i < measured; ++i) m_lSize += (put(line, mesh, i) - line) + 2;
+        if (measured < count)
+            m_lSize += static_cast<int64_t>(count - measured) * ((put(line, mesh, count - 1) - line) + 2);
+    }
+    void Repeat(std::string_view text, int64_t times) {
+        if (times > 0) m_lSize += times * (static_cast<int64_t>(text.size()) + 2);
+    }
+    int64_t Size() const { return m_lSize; }
+
+private:
+    int64_t m_lSize = 0;
+};
+
+template <class T>
+size_t StoredCount(const MeshTable<T>* table) {
+    return table == nullptr ? 0 : table->StoredCount();
+}
+
+template <class Out>
+void WriteSections(const MeshGeometry& mesh, Out& out) {
     out.Text(kDirectXTextHeader);
     out.Line("");
     out.Line("Mesh  {");
     out.CountLine("", mesh.lVertexCount);
-    for (int32_t i = 0; i < mesh.lVertexCount; ++i) out.Record(PutVertexLine, mesh, i);
+    out.Records(PutVertexLine, mesh, mesh.lVertexCount, StoredCount(mesh.aVertices));
     out.Line("");
     out.CountLine("", mesh.lPolygonCount);
-    for (int32_t i = 0; i < mesh.lPolygonCount; ++i) out.Record(PutFaceLine, mesh, i);
+    out.Records(PutFaceLine, mesh, mesh.lPolygonCount, StoredCount(mesh.aPolygons));
     out.Line("MeshMaterialList {");
     out.Line("  1;");
     out.CountLine(" ", mesh.lPolygonCount);
     // Every polygon points at the one material.
-    for (int64_t i = 0; i < static_cast<int64_t>(mesh.lPolygonCount) - 1; ++i) out.Line("  0,");
+    out.Repeat("  0,", static_cast<int64_t>(mesh.lPolygonCount) - 1);
     out.Line("  0;");
     out.Line("Material {");
     out.Line(" 1.0;1.0;1.0;1.0;;");
@@ -156,6 +201,29 @@ void WriteDirectXModel(const MeshGeometry& mesh, const TextSink& sink) {
         throw;
     }
     out.Flush();
+}
+
+bool DirectXModelComplete(const MeshGeometry& mesh) {
+    auto complete = [](int32_t count, auto* table) {
+        return count <= 0 || (table != nullptr && table->UpperBound() >= count - 1);
+    };
+    return complete(mesh.lVertexCount, mesh.aVertices) && complete(mesh.lPolygonCount, mesh.aPolygons);
+}
+
+int64_t DirectXModelSizeBound(const MeshGeometry& mesh) {
+    // The fixed lines take less than a kilobyte; a polygon has its line and
+    // its material line.
+    constexpr int64_t kFixed = 1024;
+    constexpr auto kLine = static_cast<int64_t>(kLineMax) + 2;
+    return kFixed + std::max<int64_t>(mesh.lVertexCount, 0) * kLine +
+           std::max<int64_t>(mesh.lPolygonCount, 0) * (kLine + 6);
+}
+
+int64_t DirectXModelSize(const MeshGeometry& mesh) {
+    if (!DirectXModelComplete(mesh)) return -1;
+    ModelSize size;
+    WriteSections(mesh, size);
+    return size.Size();
 }
 
 std::string DirectXModelText(const MeshGeometry& mesh) {

@@ -52,5 +52,15 @@ using TextSink = std::function<void(std::string_view)>;
 // was never allocated) or the sink fails, the lines made so far have reached
 // the sink and the failure is raised again.
 void WriteDirectXModel(const MeshGeometry& mesh, const TextSink& sink);
+// True when every line of the model can be made: a table with records to
+// give was allocated for all of them.
+bool DirectXModelComplete(const MeshGeometry& mesh);
+// A bound that the model's length in bytes never exceeds, from the counts
+// alone.
+int64_t DirectXModelSizeBound(const MeshGeometry& mesh);
+// The model's exact length in bytes, without making it, or -1 when it can't
+// be made whole. Costs a formatting of the records that the tables store; the
+// zero records behind them are counted, not formatted.
+int64_t DirectXModelSize(const MeshGeometry& mesh);
 // The whole model as one text.
 std::string DirectXModelText(const MeshGeometry& mesh);

@@ -51,6 +51,13 @@ bool CPAKFile::Initialize(const std::string& lpPathName, int32_t hDesDC, ListVie
 
 std::string CPAKFile::Information() { return m_bValid ? "DCL Imploding Packed File" : std::string(); }
 
+int64_t CPAKFile::FileEnd() const {
+    // A PAK too large for 32-bit positions holds whatever its 32-bit offsets
+    // can name.
+    const int32_t lEnd = _llseek(m_hFile, 0, FILE_END);
+    return lEnd < 0 ? INT64_MAX : lEnd;
+}
+
 bool CPAKFile::Show(int32_t hDesDC) {
     if (m_bShown) return false;
     if (m_hFile == 0) {
@@ -61,12 +68,7 @@ bool CPAKFile::Show(int32_t hDesDC) {
     m_oLv->Clear();
     // A name may not run past the end of the file: with a damaged directory
     // the count would otherwise go on asking for bytes that aren't there.
-    int64_t lFileEnd = -1;
-    try {
-        lFileEnd = FileLen(m_sPathName);
-    } catch (const RuntimeError&) {
-        lFileEnd = _llseek(m_hFile, 0, FILE_END);
-    }
+    const int64_t lFileEnd = FileEnd();
     _llseek(m_hFile, 20, FILE_BEGIN);
     int32_t lNameLength = 0;
     int32_t lOffset = 0;
@@ -92,24 +94,36 @@ bool CPAKFile::Show(int32_t hDesDC) {
         ReadLong(lOffset);
         ReadLong(lPackedSize);
         ReadLong(lOriginalSize);
+        // The item keeps the numbers as numbers and the extension as a mark
+        // on its name; they become the padded texts when they are read.
         ListItem& oItem = m_oLv->Add(sName);
         oItem.Tag = lOffset;
-        oItem.SubItems(3) = GetFileExt(sName);
-        oItem.SubItems(1) = PadSize(lPackedSize);
-        oItem.SubItems(2) = PadSize(lOriginalSize);
+        oItem.SetSubItemExtension(3);
+        oItem.SetSubItemNumber(1, lPackedSize);
+        oItem.SetSubItemNumber(2, lOriginalSize);
     }
     m_bShown = true;
     m_oLv->Refresh();
     return false;
 }
 
+bool CPAKFile::SaveAs() {
+    SaveMember();
+    return false;
+}
+
 // Saves the selected member: a stored one as its bytes, a compressed one as a
 // ZIP wrapper under the first filter or as the bare stream under the second.
-bool CPAKFile::SaveAs() {
-    if (m_oLv == nullptr || m_hFile <= 0) return false;
+// The file is written under a temporary name and takes the place of an older
+// one only when it is whole, so a full disk leaves the older file as it was.
+PakMemberSave CPAKFile::SaveMember() {
+    if (m_oLv == nullptr || m_hFile <= 0) return PakMemberSave::NoSelection;
     ListItem* oItem = m_oLv->SelectedItem();
-    if (oItem == nullptr) return false;
+    if (oItem == nullptr) return PakMemberSave::NoSelection;
     HFILE hOut = 0;
+    // A number of the item that can't be read ends the save as a member that
+    // can't be read.
+    PakMemberSave outcome = PakMemberSave::Unreadable;
     try {
         const std::string abName = oItem->Text;
         const int16_t L = VbToInteger(static_cast<int64_t>(abName.size()));
@@ -125,46 +139,51 @@ bool CPAKFile::SaveAs() {
         oDialog.SetFilename(abName);
         oDialog.SetFilterIndex(1);
         oDialog.Sethwnd(MainForm().hWnd());
+        outcome = PakMemberSave::Cancelled;
         oDialog.ShowSave();
         const std::string sTarget = oDialog.Filename();
         const bool bWrapper = !bStored && oDialog.FilterIndex() == 1;
 
+        outcome = PakMemberSave::Declined;
         if (FileExists(sTarget) &&
             MsgBox(sTarget + " already exist.\r\nDo you want to replace it?", vbYesNo) == vbNo)
-            return false;
+            return outcome;
 
         // The directory's numbers may be damaged: a member that the PAK can't
         // hold ends the save before any memory is taken for it.
+        outcome = PakMemberSave::Unreadable;
         const int32_t lOffset = oItem->Tag;
-        int64_t lFileEnd = -1;
-        try {
-            lFileEnd = FileLen(m_sPathName);
-        } catch (const RuntimeError&) {
-        }
-        if (lPackedSize < 0 || lOffset < 0 || static_cast<int64_t>(lOffset) + lPackedSize > lFileEnd) return false;
+        if (lPackedSize < 0 || lOffset < 0 || static_cast<int64_t>(lOffset) + lPackedSize > FileEnd())
+            return outcome;
         std::unique_ptr<uint8_t[]> abData(new uint8_t[static_cast<size_t>(lPackedSize)]);
-        if (_llseek(m_hFile, lOffset, FILE_BEGIN) != lOffset) return false;
-        if (_lread(m_hFile, abData.get(), lPackedSize) != lPackedSize) return false;
+        if (_llseek(m_hFile, lOffset, FILE_BEGIN) != lOffset) return outcome;
+        if (_lread(m_hFile, abData.get(), lPackedSize) != lPackedSize) return outcome;
 
-        if (FileExists(sTarget)) DeleteFileA(sTarget);
-        const int16_t n = FreeFile();
-        VbOpen(n, sTarget, VbOpenMode::Output);
-        VbClose(n);
-        hOut = _lopen(sTarget, OF_WRITE);
-        if (hOut <= 0) return false;
+        // An older file is replaced by the rename at the commit; the PAK's own
+        // handle goes on reading the file it opened, also when the member is
+        // saved over the PAK itself.
+        outcome = PakMemberSave::OpenFailed;
+        hOut = CreateReplacement(sTarget);
+        if (hOut <= 0) {
+            hOut = 0;
+            return outcome;
+        }
+        outcome = PakMemberSave::WriteFailed;
         // Under the second filter a compressed member goes out as the stream
         // alone, with no ZIP record before or behind it, so that any DCL
         // decoder takes the file as it stands.
         if (bWrapper) {
             WriteZipWrapper(hOut, abName, L, lPackedSize, lOriginalSize, abData.get());
-        } else if (_lwrite(hOut, abData.get(), lPackedSize) != lPackedSize) {
+        } else if (lPackedSize > 0 && _lwrite(hOut, abData.get(), lPackedSize) != lPackedSize) {
             RaiseError(vbErrDiskFull);
         }
-        _lclose(hOut);
-        return false;
+        const HFILE hDone = hOut;
+        hOut = 0;
+        return CommitReplacement(hDone) ? PakMemberSave::Written : outcome;
     } catch (const RuntimeError&) {
     } catch (const std::bad_alloc&) {
     }
+    // Closing an uncommitted replacement throws it away.
     if (hOut > 0) _lclose(hOut);
-    return false;
+    return outcome;
 }

@@ -19,6 +19,18 @@ struct PakHeader {
     int32_t lMemberCount = 0;
 };
 
+// How the save of a member ended. SaveAs tells its caller nothing; the
+// command-line companion wants to know.
+enum class PakMemberSave {
+    NoSelection,   // no list, no file, or no item selected
+    Cancelled,     // the dialog was cancelled
+    Declined,      // the user would not replace an existing file
+    Unreadable,    // the member's bytes are not all in the archive
+    OpenFailed,    // the target could not be created
+    WriteFailed,   // the target could not be written whole; an older file stands as it was
+    Written,
+};
+
 class CPAKFile : public CNerhaltFile {
 public:
     CPAKFile() = default;
@@ -27,11 +39,15 @@ public:
     CPAKFile& operator=(const CPAKFile&) = delete;
 
     bool Initialize(const std::string& lpPathName, int32_t hDesDC, ListView* oLv) override;
+    // Saves the selected member where the user chooses; always false.
     bool SaveAs() override;
     std::string Information() override;
     bool Show(int32_t hDesDC) override;
     int32_t Width() override { return -1; }
     int32_t Height() override { return -1; }
+
+    // SaveAs, with the way it ended.
+    PakMemberSave SaveMember();
 
     const PakHeader& Header() const { return m_tHeader; }
     // The listing ran to its end.
@@ -39,6 +55,9 @@ public:
 
 private:
     int32_t ReadLong(int32_t& lValue);
+    // Length of the open archive, by its handle: the file at the path may
+    // since have been replaced by another.
+    int64_t FileEnd() const;
 
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;

@@ -139,16 +139,22 @@ TEST_F(MeshExport_, ATargetThatCantBeWrittenLeavesNoFile) {
     EXPECT_TRUE(boxes.Calls.empty());
 }
 
-TEST_F(MeshExport_, AVertexTableThatWasNeverAllocatedEndsTheFileAtItsCount) {
+TEST_F(MeshExport_, AVertexTableThatWasNeverAllocatedWritesNothing) {
     MeshSpec recipe = Triangle();
     recipe.VertexCount = 0x10000000;
     CMeshFile mesh;
     ASSERT_TRUE(mesh.Initialize(Write("huge.msh", recipe), 0, nullptr));
+    WriteFile(dir / "cut.x", "older");
     dialogs.Choose(dir / "cut.x");
-    EXPECT_EQ(mesh.ExportModel(), MeshExport::WriteFailed);
+    boxes.Answer(vbYes);
+    // A model cut short at the table never takes the older file's place.
+    EXPECT_EQ(mesh.ExportModel(), MeshExport::TableUnreadable);
     EXPECT_FALSE(mesh.Loaded());
-    EXPECT_EQ(ReadFile(dir / "cut.x"),
-              "xof 0302txt 0032\r\nHeader {\r\n 1;\r\n 0;\r\n 1;\r\n}\r\n\r\nMesh  {\r\n268435456;\r\n");
+    EXPECT_EQ(mesh.ExportSize(), -1);
+    EXPECT_EQ(ReadFile(dir / "cut.x"), "older");
+    std::vector<DirEntry> entries;
+    ASSERT_TRUE(ListDirectory(dir.Path(), entries));
+    EXPECT_EQ(entries.size(), 2u);
 }
 
 TEST_F(MeshExport_, AnObjectWithoutAFileOpensNoDialog) {

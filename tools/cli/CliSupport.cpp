@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <unistd.h>
 
+#include "pak/BatchScript.h"
 #include "platform/Files.h"
 
 int CliFail(const std::string& message) {
@@ -27,6 +29,10 @@ bool CheckReadableFile(const std::string& path, std::string& why) {
     return true;
 }
 
+std::string ShownName(const std::string& name) { return PrintableLine(name); }
+
+bool StdoutIsTerminal() { return isatty(STDOUT_FILENO) == 1; }
+
 AnswerFileDialog::AnswerFileDialog(std::string path, int32_t filterIndex)
     : path_(std::move(path)), filterIndex_(filterIndex), previous_(GetFileDialogService()) {
     SetFileDialogService(this);
@@ -44,6 +50,14 @@ FileDialogAnswer AnswerFileDialog::Show(const FileDialogRequest& request) {
     return answer;
 }
 
-AnswerYes::AnswerYes() : previous_(GetMessageBoxService()) { SetMessageBoxService(this); }
+AnswerYes::AnswerYes(bool yesToQuestions) : yesToQuestions_(yesToQuestions), previous_(GetMessageBoxService()) {
+    SetMessageBoxService(this);
+}
+
+int32_t AnswerYes::Show(const std::string&, int32_t buttons, const std::string&) {
+    if ((buttons & vbQuestion) == 0) return vbYes;
+    ++Questions;
+    return yesToQuestions_ ? vbYes : vbNo;
+}
 
 AnswerYes::~AnswerYes() { SetMessageBoxService(previous_); }

@@ -18,7 +18,7 @@ namespace {
 
 const char kMeshUsage[] =
     "usage: quarrin-cli mesh report PATH\n"
-    "       quarrin-cli mesh export PATH OUT\n";
+    "       quarrin-cli mesh export PATH OUT [--force]\n";
 
 int MeshFail(const std::string& message) { return CliFail(message); }
 
@@ -37,31 +37,44 @@ int MeshReport(const std::string& path) {
     CMeshFile mesh;
     std::string why;
     if (!OpenMesh(mesh, form, path, why)) return MeshFail(why);
-    mesh.Show(0);
-    std::cout << form.tReport.Text();
+    // The texts of the texture records are names from the file: a terminal
+    // gets them made printable.
+    if (StdoutIsTerminal()) {
+        std::cout << mesh.ReportText(form.tReport.Capacity(), ShownName);
+    } else {
+        mesh.Show(0);
+        std::cout << form.tReport.Text();
+    }
     std::cout.flush();
     return 0;
 }
 
-int MeshExportCommand(const std::string& path, const std::string& out) {
+int MeshExportCommand(const std::string& path, const std::string& out, bool force) {
     frmMain form;
     CMeshFile mesh;
     std::string why;
     if (!OpenMesh(mesh, form, path, why)) return MeshFail(why);
     AnswerFileDialog chooser(out, 1);
-    AnswerYes yes;
+    // The question before a large export is answered Yes only with --force.
+    AnswerYes yes(force);
     MeshExport outcome = mesh.ExportModel();
     // The dialog appends the extension of its filter to a name without it.
-    const std::string written = CommonDialog().Filename();
+    const std::string written = CommonDialog().Filename().empty() ? out : CommonDialog().Filename();
     switch (outcome) {
         case MeshExport::Written:
             std::cout << written << "\n";
             return 0;
+        case MeshExport::SizeDeclined:
+            return MeshFail(path + ": the export would write " + std::to_string(ExportMegabytes(mesh.ExportSize())) +
+                            " MB (of 1,000,000 bytes), more than " + std::to_string(kExportQuestionMegabytes) +
+                            " MB; nothing was written; give --force to write it");
         case MeshExport::OpenFailed:
             return MeshFail(written + ": cannot be written");
         case MeshExport::WriteFailed:
-            return MeshFail(written + ": the model could not be written whole (" + path +
-                            " has a table that cannot be read)");
+            return MeshFail(written + ": could not be written whole (is the disk full?); an older file of that "
+                                      "name stands as it was");
+        case MeshExport::TableUnreadable:
+            return MeshFail(path + ": has a table that cannot be read; nothing was written");
         default:
             return MeshFail(path + ": the export did not run");
     }
@@ -71,7 +84,18 @@ int MeshExportCommand(const std::string& path, const std::string& out) {
 
 int CliMesh(const std::vector<std::string>& args) {
     if (args.size() == 2 && args[0] == "report") return MeshReport(args[1]);
-    if (args.size() == 3 && args[0] == "export") return MeshExportCommand(args[1], args[2]);
+    if (!args.empty() && args[0] == "export") {
+        std::vector<std::string> positional;
+        bool force = false;
+        for (size_t i = 1; i < args.size(); ++i) {
+            if (args[i] == "--force") {
+                force = true;
+            } else {
+                positional.push_back(args[i]);
+            }
+        }
+        if (positional.size() == 2) return MeshExportCommand(positional[0], positional[1], force);
+    }
     std::cerr << kMeshUsage;
     return 1;
 }

@@ -1,6 +1,7 @@
 // quarrin-cli pak: the members of a PAK as the list view holds them, and the
 // save of one member, with the user's answers played by the command line.
 #include <algorithm>
+#include <charconv>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -12,7 +13,6 @@
 #include "controls/ListView.h"
 #include "identify/modGlobal.h"
 #include "pak/CPAKFile.h"
-#include "pak/ZipWrapper.h"
 #include "platform/FileDialogs.h"
 #include "platform/Files.h"
 #include "platform/MessageBox.h"
@@ -41,17 +41,49 @@ bool OpenPak(CPAKFile& pak, ListView& lv, const std::string& path, std::string& 
     return true;
 }
 
+// The lines of `pak list`, one per item in directory order: name, the two
+// sizes as the list shows them, extension and offset, parted by tabs. A
+// terminal gets the names through ShownName; a pipe or a file gets their bytes.
+void PrintItems(const ListView& lv, bool terminal) {
+    std::string out;
+    constexpr size_t kFlushAt = 1 << 16;
+    out.reserve(kFlushAt + 4096);
+    SubItemBuffer buffer;
+    char tag[16];
+    for (const ListItem* item : lv.ItemsInAddOrder()) {
+        if (terminal) {
+            out += ShownName(item->Text);
+        } else {
+            out += item->Text;
+        }
+        for (int32_t column = 1; column <= 3; ++column) {
+            out += '\t';
+            const std::string_view text = item->ColumnText(column, buffer);
+            if (terminal && column == 3) {
+                out += ShownName(std::string(text));
+            } else {
+                out += text;
+            }
+        }
+        out += '\t';
+        out.append(tag, std::to_chars(tag, tag + sizeof tag, item->Tag).ptr);
+        out += '\n';
+        if (out.size() >= kFlushAt) {
+            std::cout.write(out.data(), static_cast<std::streamsize>(out.size()));
+            out.clear();
+        }
+    }
+    std::cout.write(out.data(), static_cast<std::streamsize>(out.size()));
+    std::cout.flush();
+}
+
 int PakList(const std::vector<std::string>& args) {
     if (args.size() != 1) return PakFail("pak list takes one PATH");
     ListView lv{"oListView"};
     CPAKFile pak;
     std::string why;
     if (!OpenPak(pak, lv, args[0], why)) return PakFail(why);
-    for (const auto& item : lv.ItemsInAddOrder()) {
-        std::cout << item->Text << '\t' << item->SubItems(1) << '\t' << item->SubItems(2) << '\t'
-                  << item->SubItems(3) << '\t' << item->Tag << '\n';
-    }
-    std::cout.flush();
+    PrintItems(lv, StdoutIsTerminal());
     return 0;
 }
 
@@ -84,34 +116,30 @@ int PakSave(const std::vector<std::string>& args) {
         return PakFail(path + " has " + std::to_string(lv.Count()) + " members; there is no member " +
                        positional[1]);
     lv.SelectOnly(index);
-    const ListItem& item = *lv.SelectedItem();
-    int64_t packed = 0, original = 0;
-    try {
-        packed = VbCLng(item.SubItems(1));
-        original = VbCLng(item.SubItems(2));
-    } catch (const RuntimeError&) {
-        return PakFail("member " + positional[1] + " has sizes that can't be read");
-    }
-    if (packed < 0 || item.Tag < 0 || item.Tag + packed > FileLen(path))
-        return PakFail("member " + positional[1] + " lies beyond the end of " + path);
+    const std::string member = "member " + positional[1] + " (" + ShownName(lv.SelectedItem()->Text) + ")";
 
+    PakMemberSave outcome = PakMemberSave::NoSelection;
     {
         AnswerFileDialog dialog(out, bare ? 2 : 1);
         AnswerYes yes;
-        pak.SaveAs();
+        outcome = pak.SaveMember();
     }
     // The dialog may have given the name the filter's extension.
     const std::string written = CommonDialog().Filename().empty() ? out : CommonDialog().Filename();
-    const bool wrapper = packed != original && !bare;
-    const int64_t expected = wrapper ? ZipWrapperLength(static_cast<int64_t>(item.Text.size()), packed) : packed;
-    int64_t length = -1;
-    try {
-        if (!IsDirectory(written)) length = FileLen(written);
-    } catch (const RuntimeError&) {
+    switch (outcome) {
+        case PakMemberSave::Written:
+            std::cout << written << "\n";
+            return 0;
+        case PakMemberSave::Unreadable:
+            return PakFail(member + " lies beyond the end of " + path + "; nothing was written");
+        case PakMemberSave::OpenFailed:
+            return PakFail(written + ": could not be written: it can't be created there");
+        case PakMemberSave::WriteFailed:
+            return PakFail(written + ": could not be written whole (is the disk full?); an older file of that "
+                                     "name stands as it was");
+        default:
+            return PakFail(written + ": could not be written: the save did not run");
     }
-    if (length != expected) return PakFail(written + ": could not be written");
-    std::cout << written << "\n";
-    return 0;
 }
 
 using PakCommand = std::function<int(const std::vector<std::string>&)>;
