@@ -3,7 +3,14 @@
 // call of the decoder on the same stream.
 #include <benchmark/benchmark.h>
 
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "controls/ListView.h"
 #include "fixtures/ByteWriter.h"
@@ -16,6 +23,8 @@
 // StormLib's own names for the seek origins match the file calls' values; it
 // comes last so that its macros don't meet their declarations.
 #include <StormLib.h>
+
+extern char** environ;
 
 namespace {
 
@@ -61,6 +70,41 @@ void ListPak100000Members(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * 100000);
 }
 BENCHMARK(ListPak100000Members)->Unit(benchmark::kMillisecond);
+
+// quarrin-cli is built into the folder of this program.
+std::string CliPath() {
+    char self[4096];
+    const ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+    if (n <= 0) return {};
+    std::string path(self, static_cast<size_t>(n));
+    return path.substr(0, path.rfind('/') + 1) + "quarrin-cli";
+}
+
+// `quarrin-cli pak list` as a whole: start, listing and the lines written to
+// a file, as a script reads them.
+void PakListCommand100000Members(benchmark::State& state) {
+    const std::string& path = BigPak();
+    const std::string cli = CliPath();
+    if (access(cli.c_str(), X_OK) != 0) {
+        state.SkipWithError("quarrin-cli is not built beside the benchmark");
+        return;
+    }
+    std::vector<char*> argv = {const_cast<char*>(cli.c_str()), const_cast<char*>("pak"), const_cast<char*>("list"),
+                               const_cast<char*>(path.c_str()), nullptr};
+    for (auto _ : state) {
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+        pid_t pid = 0;
+        int status = 0;
+        if (posix_spawn(&pid, cli.c_str(), &actions, nullptr, argv.data(), environ) != 0 ||
+            waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+            state.SkipWithError("pak list failed");
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    state.SetItemsProcessed(state.iterations() * 100000);
+}
+BENCHMARK(PakListCommand100000Members)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // A PAK of one member of state.range(0) bytes, compressed or stored.
 struct OneMember {

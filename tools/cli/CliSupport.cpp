@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <iostream>
 #include <unistd.h>
@@ -28,6 +29,8 @@ bool CheckReadableFile(const std::string& path, std::string& why) {
     _lclose(h);
     return true;
 }
+
+void FailOversizeWrites() { std::signal(SIGXFSZ, SIG_IGN); }
 
 std::string ShownName(const std::string& name) { return PrintableLine(name); }
 

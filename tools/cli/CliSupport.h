@@ -15,6 +15,11 @@ int CliFail(const std::string& message);
 // True for a file that can be opened for reading; otherwise `why` says why.
 bool CheckReadableFile(const std::string& path, std::string& why);
 
+// A write beyond the file size limit of the process fails with an error, as
+// on a full disk, instead of ending the process: the writer then throws its
+// unfinished file away and says so.
+void FailOversizeWrites();
+
 // A name read from a file, as an error text or a terminal shows it: control
 // bytes and bytes from 127 up as \xNN, so that a crafted name can't drive the
 // terminal.

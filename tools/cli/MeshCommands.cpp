@@ -83,6 +83,7 @@ int MeshExportCommand(const std::string& path, const std::string& out, bool forc
 }  // namespace
 
 int CliMesh(const std::vector<std::string>& args) {
+    FailOversizeWrites();
     if (args.size() == 2 && args[0] == "report") return MeshReport(args[1]);
     if (!args.empty() && args[0] == "export") {
         std::vector<std::string> positional;

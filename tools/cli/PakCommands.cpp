@@ -157,6 +157,7 @@ const std::map<std::string, PakCommand>& PakCommands() {
 }  // namespace
 
 int CliPak(const std::vector<std::string>& args) {
+    FailOversizeWrites();
     if (args.empty()) {
         std::cerr << kPakUsage;
         return 1;
