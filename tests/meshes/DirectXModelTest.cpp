@@ -199,6 +199,55 @@ TEST(DirectXModel, StopsAtAVertexTableThatWasNeverAllocatedKeepingTheLinesSoFar)
     EXPECT_EQ(got, std::string(kDirectXTextHeader) + "\r\nMesh  {\r\n5;\r\n");
 }
 
+// The length told before an export is the length of the text it writes, the
+// zero records behind the stored ones counted without being made.
+TEST(DirectXModel, SizeIsTheLengthOfTheTextWithoutMakingIt) {
+    MeshTable<MeshVertex> spread;
+    spread.Allocate(7, 3);
+    spread.Storage()[0] = MeshVertex{-1.5f, 1e-9f, 12345678.0f, 0};
+    spread.Storage()[1] = MeshVertex{0.1f, -0.0f, 7, 0};
+    spread.Storage()[2] = MeshVertex{std::numeric_limits<float>::infinity(), 3, -2.5f, 0};
+    MeshTable<MeshPolygon> faces;
+    faces.Allocate(5, 2);
+    faces.Storage()[0] = MeshPolygon{-1, 32767, -32768, 0};
+    faces.Storage()[1] = MeshPolygon{1, 2, 3, 0};
+    MeshTable<MeshVertex> never;  // a table the reader could not allocate
+    MeshTable<MeshPolygon> noFaces;
+    const Tables cube({{0, 0, 0}, {1, 1, 1}, {-1, 0.5f, 2}}, {{0, 1, 2}, {2, 1, 0}});
+    const Tables empty({}, {});
+    struct Case {
+        const char* what;
+        MeshGeometry mesh;
+    };
+    const std::vector<Case> cases = {
+        {"stored records only", cube.Geometry()},
+        {"no records", empty.Geometry()},
+        {"zero records behind the stored ones", {7, &spread, 5, &faces}},
+        {"one polygon", {0, &spread, 1, &faces}},
+        {"negative counts", {-3, &spread, -8, &faces}},
+        {"all records zero", {3, &spread, 2, &noFaces}},
+    };
+    noFaces.Allocate(2, 0);
+    for (const Case& c : cases) {
+        EXPECT_TRUE(DirectXModelComplete(c.mesh)) << c.what;
+        const auto length = static_cast<int64_t>(DirectXModelText(c.mesh).size());
+        EXPECT_EQ(DirectXModelSize(c.mesh), length) << c.what;
+        EXPECT_GE(DirectXModelSizeBound(c.mesh), length) << c.what;
+    }
+    for (const MeshGeometry& cut : {MeshGeometry{5, &never, 0, &faces}, MeshGeometry{2, &spread, 9, &faces},
+                                    MeshGeometry{1, nullptr, 0, nullptr}}) {
+        EXPECT_FALSE(DirectXModelComplete(cut));
+        EXPECT_EQ(DirectXModelSize(cut), -1);
+    }
+    // Counts far past a file's end cost no time: 2^31 - 1 zero polygons.
+    EXPECT_EQ(DirectXModelSize({0, &spread, INT32_MAX, &noFaces}), -1);
+    MeshTable<MeshPolygon> many;
+    many.Allocate(INT32_MAX, 0);
+    const int64_t huge = DirectXModelSize({0, &spread, INT32_MAX, &many});
+    EXPECT_EQ(huge, DirectXModelSize({0, &spread, 0, &many}) + int64_t{INT32_MAX} * (11 + 6) - 6 +
+                        (std::to_string(INT32_MAX).size() - 1) * 2);
+}
+
 TEST(DirectXModel, HandsOverLinesInPiecesAndStopsWhenTheSinkFails) {
     std::vector<std::array<float, 3>> v(20000, {1.25f, -3, 0.5f});
     Tables mesh(v, {{0, 1, 2}});

@@ -173,3 +173,54 @@ TEST_F(MeshExport_, ARefusedFileIsExportedAsRead) {
     EXPECT_EQ(mesh.ExportModel(), MeshExport::Written);
     EXPECT_EQ(ReadFile(dir / "mixed.x"), kWorkedExample);
 }
+
+// Counts far past the end of a file make gigabytes of zero records. Above
+// 256 MB the user is asked first; No ends the export before the dialog.
+TEST_F(MeshExport_, AnExportAboveTheLimitAsksFirst) {
+    struct Case {
+        const char* what;
+        int32_t vertexCount;  // zero records: nine bytes of text each
+        int32_t answer;       // to the size question, if one is asked
+        const char* question; // empty when none is asked
+        MeshExport outcome;
+    };
+    const std::vector<Case> cases = {
+        {"above the limit, Yes goes on to the dialog", 28500000, vbYes,
+         "This export will write 257 MB. Continue?", MeshExport::Cancelled},
+        {"above the limit, No ends the export", 28500000, vbNo, "This export will write 257 MB. Continue?",
+         MeshExport::SizeDeclined},
+        {"at most 256 MB asks nothing", 28000000, vbNo, "", MeshExport::Cancelled},
+        {"a small export asks nothing", 3, vbNo, "", MeshExport::Written},
+    };
+    for (const Case& c : cases) {
+        MeshSpec recipe = Triangle();
+        recipe.Vertices.clear();
+        recipe.Polygons.clear();
+        recipe.VertexCount = c.vertexCount;
+        CMeshFile mesh;
+        ASSERT_TRUE(mesh.Initialize(Write("m.msh", recipe), 0, nullptr));
+        WriteFile(dir / "old.x", "older");
+        ScriptedFileDialogs scriptedDialogs;
+        ScriptedMessageBoxes scriptedBoxes;
+        // The big exports end at the dialog, before gigabytes are written.
+        if (c.vertexCount > 1000) {
+            scriptedDialogs.Cancel();
+        } else {
+            scriptedDialogs.Choose(dir / "old.x");
+        }
+        if (*c.question != '\0') scriptedBoxes.Answer(c.answer);
+        scriptedBoxes.Answer(vbYes);  // to the replace question
+        EXPECT_EQ(mesh.ExportModel(), c.outcome) << c.what;
+        const bool asked = *c.question != '\0';
+        ASSERT_GE(scriptedBoxes.Calls.size(), asked ? 1u : 0u) << c.what;
+        if (asked) {
+            EXPECT_EQ(scriptedBoxes.Calls[0].prompt, c.question) << c.what;
+            EXPECT_EQ(scriptedBoxes.Calls[0].buttons, vbYesNo | vbQuestion) << c.what;
+        } else {
+            for (const auto& call : scriptedBoxes.Calls) EXPECT_EQ(call.buttons & vbQuestion, 0) << c.what;
+        }
+        EXPECT_EQ(scriptedDialogs.Requests.size(), c.outcome == MeshExport::SizeDeclined ? 0u : 1u) << c.what;
+        if (c.outcome != MeshExport::Written) EXPECT_EQ(ReadFile(dir / "old.x"), "older") << c.what;
+    }
+    EXPECT_NE(ReadFile(dir / "old.x"), "older");
+}

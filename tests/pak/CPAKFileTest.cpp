@@ -362,12 +362,29 @@ TEST_F(PakSave, MemberBeyondTheEndWritesNothing) {
 TEST_F(PakSave, TargetInAMissingFolderIsPassedOverQuietly) {
     lv.SelectOnly(2);
     dialogs.Choose(tmp / "missing/readme.txt", 1);
+    EXPECT_EQ(pak.SaveMember(), PakMemberSave::OpenFailed);
+    dialogs.Choose(tmp / "missing/readme.txt", 1);
     EXPECT_FALSE(pak.SaveAs());
     EXPECT_FALSE(std::filesystem::exists(tmp / "missing"));
     // The object goes on working.
     dialogs.Choose(tmp / "out/readme.txt", 1);
     pak.SaveAs();
     EXPECT_EQ(fixtures::ReadFile(tmp / "out/readme.txt"), "plain text");
+}
+
+TEST_F(PakSave, SavingOverTheOpenPakLeavesItReadable) {
+    // The PAK is replaced by a member of ten bytes; the object goes on
+    // reading the archive that it opened, members behind those ten included.
+    lv.SelectOnly(2);
+    dialogs.Choose(path, 1);
+    boxes.Answer(vbYes);
+    EXPECT_EQ(pak.SaveMember(), PakMemberSave::Written);
+    EXPECT_EQ(fixtures::ReadFile(path), "plain text");
+    lv.SelectOnly(1);
+    dialogs.Choose(tmp / "out/north.dcl", 2);
+    EXPECT_EQ(pak.SaveMember(), PakMemberSave::Written);
+    EXPECT_EQ(fixtures::ReadFile(tmp / "out/north.dcl"), builder.Packed(0));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tmp.Path()), {}), 2) << "no temporary is left";
 }
 
 }  // namespace
