@@ -1,6 +1,7 @@
 // Reads a ZIP archive of arbitrary bytes and decodes its first entries in
-// memory. Aborts when an entry gives more than its declared size, or when a
-// name taken as safe could leave its folder.
+// memory. Aborts when an entry gives more than its declared size, when one
+// taken as whole gave less, or when a name taken as safe could leave its
+// folder.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -36,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         CheckName(entry.Name);
         if (++count > 8) continue;
         uint64_t produced = 0;
-        reader.Extract(
+        const bool whole = reader.Extract(
             entry,
             [&](const uint8_t*, size_t n) {
                 produced += n;
@@ -44,6 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 return true;
             },
             error);
+        if (whole && produced != entry.UncompressedSize) std::abort();
     }
     return 0;
 }
