@@ -54,7 +54,10 @@ FileZipSource::~FileZipSource() {
 
 bool FileZipSource::Open(const std::string& path, std::string& error) {
     if (fd_ >= 0) ::close(fd_);
-    fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Without O_NONBLOCK, opening a named pipe waits for a writer that may
+    // never come; only a regular file is read, and for it the flag changes
+    // nothing.
+    fd_ = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd_ < 0) {
         error = std::strerror(errno);
         return false;
