@@ -60,65 +60,42 @@ const std::string& BigStream() {
 
 ZipEntrySpec BigEntry(const std::string& name) { return {name, kZipImploded, 0, BigStream(), 0, kBigSize}; }
 
-void LocalHeader(fixtures::ByteWriter& w, const ZipEntrySpec& e) {
+// The local header, name and data of an entry.
+std::string Local(const ZipEntrySpec& e) {
+    fixtures::ByteWriter w;
     w.U32(0x04034B50).U16(20).U16(e.Flags).U16(e.Method).U16(0x0960).U16(0x2241);
     w.U32(e.Crc).U32(static_cast<uint32_t>(e.Data.size())).U32(e.UncompressedSize);
-    w.U16(static_cast<uint16_t>(e.Name.size())).U16(0).Bytes(e.Name);
+    w.U16(static_cast<uint16_t>(e.Name.size())).U16(0).Bytes(e.Name).Bytes(e.Data);
+    return w.Data();
 }
 
-void EndRecord(fixtures::ByteWriter& w, uint32_t directoryAt, size_t count) {
-    const auto size = static_cast<uint32_t>(w.Size()) - directoryAt;
-    w.U32(0x06054B50).U16(0).U16(0).U16(static_cast<uint16_t>(count)).U16(static_cast<uint16_t>(count));
-    w.U32(size).U32(directoryAt).U16(0);
-}
-
-// An archive of `entries` whose central directory names entry i at
-// `offsets[i]`; an offset left out is where the entry's local header is.
-std::string Archive(const std::vector<ZipEntrySpec>& entries, std::vector<uint32_t> offsets = {}) {
+// `body`, then a directory of the entries, each named at its offset.
+std::string WithDirectory(const std::string& body, const std::vector<std::pair<const ZipEntrySpec*, uint32_t>>& records) {
     fixtures::ByteWriter w;
-    for (size_t i = 0; i < entries.size(); ++i) {
-        if (offsets.size() <= i) offsets.push_back(static_cast<uint32_t>(w.Size()));
-        if (offsets[i] != w.Size()) continue;
-        LocalHeader(w, entries[i]);
-        w.Bytes(entries[i].Data);
-    }
-    const auto cd = static_cast<uint32_t>(w.Size());
-    for (size_t i = 0; i < entries.size(); ++i) {
-        const ZipEntrySpec& e = entries[i];
+    w.Bytes(body);
+    for (const auto& [entry, at] : records) {
+        const ZipEntrySpec& e = *entry;
         w.U32(0x02014B50).U16(20).U16(20).U16(e.Flags).U16(e.Method).U16(0x0960).U16(0x2241);
         w.U32(e.Crc).U32(static_cast<uint32_t>(e.Data.size())).U32(e.UncompressedSize);
-        w.U16(static_cast<uint16_t>(e.Name.size())).U16(0).U16(0).U16(0).U16(0).U32(0x20).U32(offsets[i]);
-        w.Bytes(e.Name);
+        w.U16(static_cast<uint16_t>(e.Name.size())).U16(0).U16(0).U16(0).U16(0).U32(0x20).U32(at).Bytes(e.Name);
     }
-    EndRecord(w, cd, entries.size());
+    const auto count = static_cast<uint16_t>(records.size());
+    const auto size = static_cast<uint32_t>(w.Size() - body.size());
+    w.U32(0x06054B50).U16(0).U16(0).U16(count).U16(count).U32(size).U32(static_cast<uint32_t>(body.size())).U16(0);
     return w.Data();
 }
 
 // One entry, and a directory that names it `times` over.
 std::string ListedOver(const ZipEntrySpec& e, size_t times) {
-    fixtures::ByteWriter w;
-    LocalHeader(w, e);
-    w.Bytes(e.Data);
-    const auto cd = static_cast<uint32_t>(w.Size());
-    for (size_t i = 0; i < times; ++i) {
-        w.U32(0x02014B50).U16(20).U16(20).U16(e.Flags).U16(e.Method).U16(0x0960).U16(0x2241);
-        w.U32(e.Crc).U32(static_cast<uint32_t>(e.Data.size())).U32(e.UncompressedSize);
-        w.U16(static_cast<uint16_t>(e.Name.size())).U16(0).U16(0).U16(0).U16(0).U32(0x20).U32(0).Bytes(e.Name);
-    }
-    EndRecord(w, cd, times);
-    return w.Data();
+    return WithDirectory(Local(e), std::vector<std::pair<const ZipEntrySpec*, uint32_t>>(times, {&e, 0}));
 }
 
 // A stored entry that carries a whole second entry, local header and all,
 // and a directory that names both: the second lies inside the first.
 std::string EntryInsideAnother() {
     ZipEntrySpec inner = fixtures::StoredEntry("inner.txt", std::string(5000, 'i'));
-    fixtures::ByteWriter carried;
-    LocalHeader(carried, inner);
-    carried.Bytes(inner.Data);
-    ZipEntrySpec outer = fixtures::StoredEntry("outer.bin", carried.Data());
-    const auto innerAt = static_cast<uint32_t>(30 + outer.Name.size());
-    return Archive({outer, inner}, {0, innerAt});
+    ZipEntrySpec outer = fixtures::StoredEntry("outer.bin", Local(inner));
+    return WithDirectory(Local(outer), {{&outer, 0}, {&inner, static_cast<uint32_t>(30 + outer.Name.size())}});
 }
 
 struct Outcome {
@@ -247,7 +224,7 @@ TEST_F(ArchiverLimits, HostileArchivesStayWithinTheirBounds) {
         const char* Message;
     };
     const std::vector<Row> rows = {
-        {"a 128 MiB imploded entry from an archive of under a megabyte", Archive({BigEntry("big.bin")}), {}, false, 0,
+        {"a 128 MiB imploded entry from an archive of under a megabyte", fixtures::BuildZip({BigEntry("big.bin")}), {}, false, 0,
          32 * 1024, {"big.bin " + big}, " extracting: big.bin"},
         {"65535 directory records of one 128 MiB entry",
          ListedOver(BigEntry("big.bin"), 65535), {}, false, 1, 0, {}, "share bytes"},
@@ -257,7 +234,7 @@ TEST_F(ArchiverLimits, HostileArchivesStayWithinTheirBounds) {
         {"a damaged entry below a folder that was there and two that were not", fixtures::BuildZip({badCrc}), {"keep"},
          false, 1, 0, {"keep/"}, "CRC"},
         {"SIGTERM while 128 MiB entries are written",
-         Archive({BigEntry("b1.bin"), BigEntry("b2.bin"), BigEntry("b3.bin"), BigEntry("b4.bin")}), {}, true,
+         fixtures::BuildZip({BigEntry("b1.bin"), BigEntry("b2.bin"), BigEntry("b3.bin"), BigEntry("b4.bin")}), {}, true,
          128 + SIGTERM, 0, {}, ""},
     };
     for (const Row& row : rows) {
