@@ -1,7 +1,7 @@
-// The registry reads its hive text when the file is new or changed, and
-// writes the whole hive at each change. These measure reading a hive of many
-// keys, and the start-up read and the options dialog's write of a setting
-// through cRegistry.
+// The registry reads its hive text when the file is new or changed, and at
+// each change writes the file again with only the changed lines edited. These
+// measure reading a hive of many keys and one of deep keys, and the start-up
+// read and the options dialog's write of a setting through cRegistry.
 #include <benchmark/benchmark.h>
 
 #include "fixtures/RegistryHome.h"
@@ -34,6 +34,30 @@ void CanonicalHive(benchmark::State& state) {
 }
 BENCHMARK(CanonicalHive)->Arg(100)->Arg(10000);
 
+// A hive read again because its file changed: `keys` chains of 511 keys each,
+// the shape that once took a hundred times the file's size in memory.
+void ReadDeepHive(benchmark::State& state) {
+    std::string text = "REGEDIT4\n";
+    for (int k = 0; k < state.range(0); ++k) {
+        text += "[HKEY_CURRENT_USER\\Chain" + std::to_string(k);
+        for (int d = 0; d < 511; ++d) text += "\\k";
+        text += "]\n";
+    }
+    fixtures::RegistryHome home;
+    int n = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        home.WriteUser(text + "; " + std::to_string(n++) + "\n");  // a new file: read again
+        state.ResumeTiming();
+        DWORD subkeys = 0;
+        RegQueryInfoKeyA(HKEY_CURRENT_USER, nullptr, nullptr, nullptr, &subkeys, nullptr, nullptr, nullptr, nullptr,
+                         nullptr, nullptr, nullptr);
+        benchmark::DoNotOptimize(subkeys);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
+}
+BENCHMARK(ReadDeepHive)->Arg(100)->Arg(3900);  // 3900: just under the 4 MB a hive file may have
+
 // The four reads of start-up on a hive that is already loaded.
 void ReadSettings(benchmark::State& state) {
     fixtures::RegistryHome home;
@@ -53,7 +77,8 @@ void ReadSettings(benchmark::State& state) {
 }
 BENCHMARK(ReadSettings);
 
-// One write: the whole hive goes to a new file that replaces the old one.
+// One write: the hive's text with the setting's line edited goes to a new
+// file that replaces the old one.
 void WriteSetting(benchmark::State& state) {
     fixtures::RegistryHome home;
     home.WriteUser(HiveOfKeys(static_cast<int>(state.range(0))));
