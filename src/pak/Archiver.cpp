@@ -1,6 +1,5 @@
 #include "pak/Archiver.h"
 
-#include "pak/BatchScript.h"
 #include "pak/ZipReader.h"
 #include "platform/Files.h"
 
@@ -10,7 +9,6 @@ int32_t RunArchiverExtract(const std::string& sZip, const std::string& sFolder, 
     const std::string zip = here || (!sZip.empty() && sZip[0] == '/') ? sZip : sFolder + "/" + sZip;
     const bool ok = ExtractZipToFolder(zip, here ? "." : sFolder, out, err);
     out.flush();
-    if (!ok) err << "quarrin-pkzip: " << PrintableLine(sZip) << ": not every entry was extracted\n";
     err.flush();
     return ok ? 0 : 1;
 }

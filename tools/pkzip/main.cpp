@@ -4,7 +4,7 @@
 #include <iostream>
 #include <string>
 
-#include "pak/ZipReader.h"
+#include "pak/Archiver.h"
 #include "platform/Runtime.h"
 
 namespace {
@@ -28,8 +28,7 @@ int main(int argc, char** argv) {
         std::cerr << kUsage;
         return 2;
     }
-    // Everything the program says about the archive, the closing line of a
-    // failure too, comes from ExtractZipToFolder, so that a caller that
-    // unpacks in its own process reports the same.
-    return ExtractZipToFolder(argv[2], ".", std::cout, std::cerr) ? 0 : 1;
+    // The command-file runner unpacks through the same call in its own
+    // process, so both report the same and end the same.
+    return RunArchiverExtract(argv[2], ".", std::cout, std::cerr);
 }
