@@ -8,7 +8,5 @@ int32_t RunArchiverExtract(const std::string& sZip, const std::string& sFolder, 
     const bool here = NormaliseFolder(".") == NormaliseFolder(sFolder);
     const std::string zip = here || (!sZip.empty() && sZip[0] == '/') ? sZip : sFolder + "/" + sZip;
     const bool ok = ExtractZipToFolder(zip, here ? "." : sFolder, out, err);
-    out.flush();
-    err.flush();
     return ok ? 0 : 1;
 }

@@ -108,18 +108,18 @@ std::string PrintableLine(const std::string& sLine) {
 
 namespace {
 
-bool Identity(const std::string& path, dev_t& device, ino_t& inode) {
+BatchPolicy::Identity IdentityOf(const std::string& path) {
+    BatchPolicy::Identity id;
     struct stat st {};
-    if (path.empty() || ::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
-    device = st.st_dev;
-    inode = st.st_ino;
-    return true;
+    if (path.empty() || ::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return id;
+    id.Device = st.st_dev;
+    id.Inode = st.st_ino;
+    id.Known = true;
+    return id;
 }
 
-bool SameProgram(const std::string& a, const std::string& b) {
-    dev_t da = 0, db = 0;
-    ino_t ia = 0, ib = 0;
-    return Identity(a, da, ia) && Identity(b, db, ib) && da == db && ia == ib;
+bool Same(const BatchPolicy::Identity& a, const BatchPolicy::Identity& b) {
+    return a.Known && b.Known && a.Device == b.Device && a.Inode == b.Inode;
 }
 
 // A program named the way the settings name it: a bare name through PATH, a
@@ -178,11 +178,18 @@ bool CheckBatchLine(const std::string& sLine, const BatchPolicy& policy, Checked
                 return false;
             }
             if (line.Command == BatchCommand::Delete) return true;
+            if (!policy.IdsTaken) {
+                policy.ArchiverIds.clear();
+                for (const std::string& allowed : policy.Archivers) policy.ArchiverIds.push_back(IdentityOf(allowed));
+                policy.BuiltInId = IdentityOf(policy.BuiltInArchiver);
+                policy.IdsTaken = true;
+            }
             const std::string archiver = ResolveProgram(line.Archiver, policy.Folder);
-            for (const std::string& allowed : policy.Archivers) {
-                if (SameProgram(archiver, allowed)) {
+            const BatchPolicy::Identity id = IdentityOf(archiver);
+            for (const BatchPolicy::Identity& allowed : policy.ArchiverIds) {
+                if (Same(id, allowed)) {
                     checked.Archiver = archiver;
-                    checked.BuiltIn = SameProgram(archiver, policy.BuiltInArchiver);
+                    checked.BuiltIn = Same(id, policy.BuiltInId);
                     return true;
                 }
             }
@@ -226,10 +233,12 @@ bool RunBatchScript(const std::string& sText, const BatchPolicy& policy, std::os
             case BatchCommand::Extract: {
                 int32_t status = 0;
                 std::string error;
-                out.flush();
                 if (checked.BuiltIn) {
                     status = RunArchiverExtract(checked.Zip, folder, out, err);
                 } else {
+                    // The program writes to the same streams: what stands
+                    // before it goes out first.
+                    out.flush();
                     status = run({checked.Archiver, "-Extract", checked.Zip}, folder, error);
                 }
                 if (status < 0) {

@@ -62,6 +62,17 @@ struct BatchPolicy {
     // The archiver built beside the runner: a line naming it is unpacked in
     // this process, by the same code the archiver program runs.
     std::string BuiltInArchiver;
+
+    // The archivers' identities (device, inode), taken at the first Extract
+    // line that asks, so each later line costs one stat.
+    struct Identity {
+        uint64_t Device = 0;
+        uint64_t Inode = 0;
+        bool Known = false;
+    };
+    mutable std::vector<Identity> ArchiverIds;
+    mutable Identity BuiltInId;
+    mutable bool IdsTaken = false;
 };
 
 // The policy for a command file at `sScriptPath`: its folder, the archiver

@@ -85,9 +85,10 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
     const bool bStored = lPackedSize == lOriginalSize;
     const std::string sZip = sTarget + ".zip";
     // A member never lands on a file that the run itself uses: the PAK, the
-    // command file, the archiver's own files. For a compressed member the
-    // archiver later writes the plain name too.
-    if (IsRunFile(sTarget) || (!bStored && IsRunFile(sZip))) return false;
+    // command file, the archiver's own files. The file written here is
+    // checked when it is made and again when it is put in place; for a
+    // compressed member the archiver later writes the plain name too.
+    if (!bStored && IsRunFile(sTarget)) return false;
 
     HFILE hFile = _lopen(sPakPath, OF_READ);
     if (hFile < 1) return false;

@@ -33,7 +33,51 @@ struct Replacement {
     std::string finalName;  // inside that folder
     std::string finalPath;  // as the caller named it
     bool failed = false;    // a write went wrong: the file is not whole
+    // Writes are gathered here and go out in one system call when the
+    // buffer is full, before a seek elsewhere, and at the end: a wrapper is
+    // sixteen small writes. A write that fails later still makes the file
+    // not whole, which the commit reports.
+    std::string pending;
+    int64_t pendingAt = 0;  // file offset of pending[0]
+    int64_t end = 0;        // offset behind the last byte written
 };
+
+constexpr size_t kWriteGather = 64 * 1024;
+
+void WriteOut(int fd, Replacement& r, const char* data, size_t size, int64_t at) {
+    while (size > 0 && !r.failed) {
+        ssize_t n = ::pwrite(fd, data, size, at);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            r.failed = true;
+            break;
+        }
+        data += n;
+        size -= static_cast<size_t>(n);
+        at += n;
+    }
+}
+
+void FlushPending(int fd, Replacement& r) {
+    if (r.pending.empty()) return;
+    WriteOut(fd, r, r.pending.data(), r.pending.size(), r.pendingAt);
+    r.pending.clear();
+}
+
+// Gathers a write at `at`; gives false when the file is already not whole.
+bool Gather(int fd, Replacement& r, const void* data, size_t size, int64_t at) {
+    r.end = at + static_cast<int64_t>(size);
+    if (!r.pending.empty() && at != r.pendingAt + static_cast<int64_t>(r.pending.size())) FlushPending(fd, r);
+    if (size >= kWriteGather) {
+        FlushPending(fd, r);
+        WriteOut(fd, r, static_cast<const char*>(data), size, at);
+        return !r.failed;
+    }
+    if (r.pending.empty()) r.pendingAt = at;
+    r.pending.append(static_cast<const char*>(data), size);
+    if (r.pending.size() >= kWriteGather) FlushPending(fd, r);
+    return !r.failed;
+}
 
 struct OpenFile {
     int fd = -1;
@@ -60,7 +104,7 @@ bool IsRegularFd(int fd) {
 }
 
 // Opens a path without blocking (a named pipe would wait for a writer) and
-// keeps the descriptor only for a regular file, in blocking mode again.
+// keeps the descriptor only for a regular file.
 int OpenRegular(const std::string& path, int flags, mode_t perms = 0) {
     int fd = ::open(path.c_str(), flags | O_NONBLOCK | O_CLOEXEC, perms);
     if (fd < 0) return -1;
@@ -69,8 +113,7 @@ int OpenRegular(const std::string& path, int flags, mode_t perms = 0) {
         errno = EACCES;
         return -1;
     }
-    int fl = ::fcntl(fd, F_GETFL);
-    if (fl >= 0) ::fcntl(fd, F_SETFL, fl & ~O_NONBLOCK);
+    // O_NONBLOCK stays: it has no effect on a regular file.
     return fd;
 }
 
@@ -84,7 +127,15 @@ struct GuardEntry {
 };
 std::vector<std::optional<GuardEntry>> g_guards;
 
-std::string NormalisePath(const std::string& path) { return NormaliseFolder(path); }
+// An absolute path with "." parts and doubled separators resolved. A path
+// that is already plain, as the program's own paths are, is taken as it
+// stands without the cost of the general form.
+std::string NormalisePath(const std::string& path) {
+    if (!path.empty() && path[0] == '/' && path.find("//") == std::string::npos &&
+        path.find("/.") == std::string::npos && path.back() != '/')
+        return path;
+    return NormaliseFolder(path);
+}
 
 bool SameId(const GuardEntry& g, dev_t device, ino_t inode) {
     return g.hasId && g.device == device && g.inode == inode;
@@ -98,7 +149,8 @@ bool IsRunFileAt(int dirfd, const std::string& name, const std::string& path, co
     const std::string n = NormalisePath(path);
     struct stat now {}, target {};
     const bool hasNow = ::fstatat(dirfd, name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0;
-    const bool hasTarget = ::fstatat(dirfd, name.c_str(), &target, 0) == 0;
+    // Only a link has a target that differs from the entry itself.
+    const bool hasTarget = hasNow && S_ISLNK(now.st_mode) && ::fstatat(dirfd, name.c_str(), &target, 0) == 0;
     for (const auto& g : g_guards) {
         if (!g) continue;
         if (self != nullptr && SameId(*g, self->st_dev, self->st_ino)) continue;
@@ -164,8 +216,9 @@ int OpenParent(const std::string& path, const std::string& within, std::string& 
 std::string TempName() {
     static std::atomic<uint32_t> counter{0};
     static const uint64_t salt = std::random_device{}();
+    static const long pid = static_cast<long>(::getpid());
     char buf[64];
-    std::snprintf(buf, sizeof buf, ".quarrin-%ld-%u-%08llx.tmp", static_cast<long>(::getpid()),
+    std::snprintf(buf, sizeof buf, ".quarrin-%ld-%u-%08llx.tmp", pid,
                   counter.fetch_add(1) + 1, static_cast<unsigned long long>(salt & 0xFFFFFFFFu));
     return buf;
 }
@@ -204,6 +257,7 @@ int BeginReplacement(const std::string& path, const std::string& within, Replace
 // Closes the descriptor and either renames the file into place or removes
 // it. True when it now stands under its final name.
 bool EndReplacement(int fd, Replacement& r, bool commit) {
+    if (commit) FlushPending(fd, r);
     bool ok = commit && !r.failed;
     struct stat self {};
     if (::fstat(fd, &self) != 0) ok = false;
@@ -326,6 +380,11 @@ int32_t _lwrite(HFILE h, const void* buffer, int32_t count) {
     OpenFile* f = Lookup(h);
     if (f == nullptr || count < 0) return HFILE_ERROR;
     f->bufferLength = 0;  // what was buffered may be overwritten
+    if (f->replace) {
+        if (!Gather(f->fd, *f->replace, buffer, static_cast<size_t>(count), f->position)) return HFILE_ERROR;
+        f->position += count;
+        return count;
+    }
     const auto* in = static_cast<const unsigned char*>(buffer);
     int32_t done = 0;
     while (done < count) {
@@ -348,6 +407,7 @@ int32_t _llseek(HFILE h, int32_t offset, int32_t origin) {
     if (origin == FILE_CURRENT) {
         base = f->position;
     } else if (origin == FILE_END) {
+        if (f->replace) FlushPending(f->fd, *f->replace);
         struct stat st {};
         if (fstat(f->fd, &st) != 0) return HFILE_ERROR;
         base = st.st_size;
@@ -430,7 +490,7 @@ bool IsRunFile(const std::string& path) {
     const std::string n = NormalisePath(path);
     struct stat now {}, target {};
     const bool hasNow = ::lstat(path.c_str(), &now) == 0;
-    const bool hasTarget = ::stat(path.c_str(), &target) == 0;
+    const bool hasTarget = hasNow && S_ISLNK(now.st_mode) && ::stat(path.c_str(), &target) == 0;
     for (const auto& g : g_guards) {
         if (g && (g->path == n || (hasNow && SameId(*g, now.st_dev, now.st_ino)) ||
                   (hasTarget && SameId(*g, target.st_dev, target.st_ino))))
@@ -593,6 +653,11 @@ NumberedFile& Numbered(int16_t number) {
 }
 
 void WriteAll(NumberedFile& f, const char* data, size_t size) {
+    if (f.replace) {
+        // Output files are written from their start, one piece behind the other.
+        if (!Gather(f.fd, *f.replace, data, size, f.replace->end)) RaiseError(vbErrDiskFull);
+        return;
+    }
     while (size > 0) {
         ssize_t n = ::write(f.fd, data, size);
         if (n < 0 && errno == EINTR) continue;
@@ -696,6 +761,7 @@ void VbPut(int16_t number, const std::string& bytes) {
 
 int64_t VbLOF(int16_t number) {
     NumberedFile& f = Numbered(number);
+    if (f.replace) FlushPending(f.fd, *f.replace);
     struct stat st {};
     if (fstat(f.fd, &st) != 0) RaiseError(vbErrPathFileAccess);
     return st.st_size;
