@@ -1,9 +1,12 @@
 #include "pak/frmScript.h"
 
 #include <cmath>
+#include <memory>
+#include <vector>
 
 #include "identify/modGlobal.h"
 #include "pak/BatchScript.h"
+#include "pak/MemberPath.h"
 #include "pak/ZipWrapper.h"
 #include "platform/Files.h"
 #include "platform/MessageBox.h"
@@ -14,13 +17,6 @@
 
 namespace {
 
-template <typename F>
-void Step(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError&) {
-    }
-}
 
 bool EndsWithSep(const std::string& s) { return !s.empty() && s.back() == g_cPathSep; }
 
@@ -72,32 +68,32 @@ std::string frmScript::MissingUtilityText() {
 }
 
 void frmScript::Form_Load() {
-    Step([&] { cmdValidate[1].SetEnabled(true); });
-    for (int32_t i = 0; i < 3; ++i) Step([&] { SetOption(i, false); });
-    Step([&] {
+    PassOver([&] { cmdValidate[1].SetEnabled(true); });
+    for (int32_t i = 0; i < 3; ++i) PassOver([&] { SetOption(i, false); });
+    PassOver([&] {
         std::string start = g_sShortCutPath.empty() ? App::Path() : g_sShortCutPath;
         cbPath.SetText(start);
         oDirFld.SetPath(start);
     });
-    Step([&] { m_bPak = owner_.mnuSubFile[1]->Enabled() && owner_.oListView.Visible(); });
+    PassOver([&] { m_bPak = owner_.mnuSubFile[1]->Enabled() && owner_.oListView.Visible(); });
     if (m_bPak) {
-        Step([&] { lPath2.SetCaption("Destination:"); });
-        Step([&] { tPak.SetText(owner_.oFile.Path() + g_sPathSep + owner_.oFile.FileName()); });
+        PassOver([&] { lPath2.SetCaption("Destination:"); });
+        PassOver([&] { tPak.SetText(owner_.oFile.Path() + g_sPathSep + owner_.oFile.FileName()); });
     } else {
-        Step([&] { lPath2.SetCaption("Script:"); });
+        PassOver([&] { lPath2.SetCaption("Script:"); });
     }
     tPak.Locked = m_bPak;
-    Step([&] { cbPath.SetVisible(m_bPak); });
-    Step([&] { OptSel[1].SetEnabled(m_bPak); });
-    Step([&] { tScript.SetVisible(!m_bPak); });
-    Step([&] { Command2.SetVisible(!m_bPak); });
-    Step([&] { Command1.SetEnabled(!m_bPak); });
-    Step([&] {
+    PassOver([&] { cbPath.SetVisible(m_bPak); });
+    PassOver([&] { OptSel[1].SetEnabled(m_bPak); });
+    PassOver([&] { tScript.SetVisible(!m_bPak); });
+    PassOver([&] { Command2.SetVisible(!m_bPak); });
+    PassOver([&] { Command1.SetEnabled(!m_bPak); });
+    PassOver([&] {
         m_lTotal = owner_.oListView.Count();
         m_lSelected = 0;
         for (const auto& item : owner_.oListView.ItemsInAddOrder()) m_lSelected += item->Selected ? 1 : 0;
     });
-    Step([&] { SetOption(m_lSelected != 0 ? 1 : 0, true); });
+    PassOver([&] { SetOption(m_lSelected != 0 ? 1 : 0, true); });
 }
 
 void frmScript::Form_Activate() {
@@ -139,7 +135,7 @@ void frmScript::cbPath_DropDown() {
 void frmScript::oDirFld_Change() { cbPath.SetText(oDirFld.Path()); }
 
 void frmScript::oDirFld_KeyPress(int16_t& KeyAscii) {
-    if (KeyAscii == 13) Step([&] { oDirFld.SetPath(oDirFld.List(oDirFld.ListIndex)); });
+    if (KeyAscii == 13) PassOver([&] { oDirFld.SetPath(oDirFld.List(oDirFld.ListIndex)); });
 }
 
 void frmScript::oDirFld_LostFocus() {
@@ -227,6 +223,10 @@ void frmScript::Run() {
     // deleted and replaced under its name.
     RunFileGuard pakGuard(sPak);
     RunFileGuard fixedGuard(sDest + "pkfixed.zip");
+    RunFileGuard archiverGuard(g_sPkzipPath);
+    // The wrappers written so far are files of the run too: a later member
+    // of the same name must not replace what the archiver will read.
+    std::vector<std::unique_ptr<RunFileGuard>> wrapperGuards;
     OpenPrintFile(script);
     RunFileGuard scriptGuard(script);
     uint64_t scriptDevice = 0, scriptInode = 0;
@@ -248,13 +248,15 @@ void frmScript::Run() {
             int32_t original = VbCLng(item.SubItems(2));
             const bool bWritten = UnpakMember(sDest, sPak, item.Text, packed, original, item.Tag);
             if (bWritten && packed != original) {
+                const std::string sWrapper = MemberPath(sDest, item.Text + ".zip");
+                if (!sWrapper.empty()) wrapperGuards.push_back(std::make_unique<RunFileGuard>(sWrapper));
                 PrintToFile(BatchExtractLine(g_bWin9x, g_sPkzipPath, item.Text));
                 PrintToFile(BatchDelLine(item.Text));
                 if (FileExists(sDest + "pkfixed.zip")) DeleteFileA(sDest + "pkfixed.zip");
             }
             if (!bWritten && MemberNotWritten) MemberNotWritten(item.Text);
             auto v = static_cast<int32_t>(std::floor(static_cast<double>(i) / (m_lTotal + 1) * 10000));
-            if (v < 10001) Step([&] { oPBar.SetValue(v); });
+            if (v < 10001) PassOver([&] { oPBar.SetValue(v); });
             DoEvents();
         }
         if (m_bCancel) break;

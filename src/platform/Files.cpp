@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <unordered_map>
 
 #include "platform/Runtime.h"
 
@@ -125,7 +126,91 @@ struct GuardEntry {
     dev_t device = 0;
     ino_t inode = 0;
 };
-std::vector<std::optional<GuardEntry>> g_guards;
+
+struct IdHash {
+    size_t operator()(const std::pair<dev_t, ino_t>& id) const {
+        return std::hash<uint64_t>()(static_cast<uint64_t>(id.first) * 0x9E3779B97F4A7C15ull ^ id.second);
+    }
+};
+
+// The guarded files, found by path and by identity in constant time: a run
+// guards every wrapper it writes, so the table grows with the members.
+class GuardTable {
+public:
+    bool Empty() const { return live_ == 0; }
+    size_t Add(const std::string& path) {
+        size_t slot;
+        if (!free_.empty()) {
+            slot = free_.back();
+            free_.pop_back();
+        } else {
+            slot = slots_.size();
+            slots_.emplace_back();
+        }
+        slots_[slot] = GuardEntry{path};
+        byPath_.emplace(path, slot);
+        ++live_;
+        return slot;
+    }
+    void Remove(size_t slot) {
+        ClearId(slot);
+        Erase(byPath_, slots_[slot]->path, slot);
+        slots_[slot].reset();
+        free_.push_back(slot);
+        --live_;
+    }
+    const std::string& Path(size_t slot) const { return slots_[slot]->path; }
+    void SetId(size_t slot, dev_t device, ino_t inode) {
+        ClearId(slot);
+        GuardEntry& e = *slots_[slot];
+        e.hasId = true;
+        e.device = device;
+        e.inode = inode;
+        byId_.emplace(std::make_pair(device, inode), slot);
+    }
+    void ClearId(size_t slot) {
+        GuardEntry& e = *slots_[slot];
+        if (e.hasId) Erase(byId_, std::make_pair(e.device, e.inode), slot);
+        e.hasId = false;
+    }
+    // True when a guard other than the owner of `self` stands over the
+    // normalised path `n` or over one of the identities given.
+    bool Matches(const std::string& n, const struct stat* now, const struct stat* target,
+                 const struct stat* self) const {
+        auto foreign = [&](size_t slot) {
+            const GuardEntry& g = *slots_[slot];
+            return self == nullptr || !(g.hasId && g.device == self->st_dev && g.inode == self->st_ino);
+        };
+        auto [pb, pe] = byPath_.equal_range(n);
+        for (auto it = pb; it != pe; ++it)
+            if (foreign(it->second)) return true;
+        for (const struct stat* st : {now, target}) {
+            if (st == nullptr) continue;
+            auto [ib, ie] = byId_.equal_range(std::make_pair(st->st_dev, st->st_ino));
+            for (auto it = ib; it != ie; ++it)
+                if (foreign(it->second)) return true;
+        }
+        return false;
+    }
+
+private:
+    template <typename Map, typename Key>
+    static void Erase(Map& map, const Key& key, size_t slot) {
+        auto [b, e] = map.equal_range(key);
+        for (auto it = b; it != e; ++it) {
+            if (it->second == slot) {
+                map.erase(it);
+                return;
+            }
+        }
+    }
+    std::vector<std::optional<GuardEntry>> slots_;
+    std::vector<size_t> free_;
+    std::unordered_multimap<std::string, size_t> byPath_;
+    std::unordered_multimap<std::pair<dev_t, ino_t>, size_t, IdHash> byId_;
+    size_t live_ = 0;
+};
+GuardTable g_guards;
 
 // An absolute path with "." parts and doubled separators resolved. A path
 // that is already plain, as the program's own paths are, is taken as it
@@ -137,28 +222,16 @@ std::string NormalisePath(const std::string& path) {
     return NormaliseFolder(path);
 }
 
-bool SameId(const GuardEntry& g, dev_t device, ino_t inode) {
-    return g.hasId && g.device == device && g.inode == inode;
-}
-
 // A file in an open folder that a guard stands over, by name or by the
 // identity of what stands there now. `self` is the file being put in place:
 // a guard over that very file is its owner, not a conflict.
 bool IsRunFileAt(int dirfd, const std::string& name, const std::string& path, const struct stat* self = nullptr) {
-    if (g_guards.empty()) return false;
-    const std::string n = NormalisePath(path);
+    if (g_guards.Empty()) return false;
     struct stat now {}, target {};
     const bool hasNow = ::fstatat(dirfd, name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0;
     // Only a link has a target that differs from the entry itself.
     const bool hasTarget = hasNow && S_ISLNK(now.st_mode) && ::fstatat(dirfd, name.c_str(), &target, 0) == 0;
-    for (const auto& g : g_guards) {
-        if (!g) continue;
-        if (self != nullptr && SameId(*g, self->st_dev, self->st_ino)) continue;
-        if (g->path == n || (hasNow && SameId(*g, now.st_dev, now.st_ino)) ||
-            (hasTarget && SameId(*g, target.st_dev, target.st_ino)))
-            return true;
-    }
-    return false;
+    return g_guards.Matches(NormalisePath(path), hasNow ? &now : nullptr, hasTarget ? &target : nullptr, self);
 }
 
 // Opens the folder that holds `path` and gives the file's name inside it.
@@ -443,41 +516,21 @@ bool DeleteFileWithin(const std::string& within, const std::string& path) {
     return ok;
 }
 
-RunFileGuard::RunFileGuard(const std::string& path) {
-    GuardEntry e;
-    e.path = NormalisePath(path);
-    slot_ = g_guards.size();
-    for (size_t i = 0; i < g_guards.size(); ++i) {
-        if (!g_guards[i]) {
-            slot_ = i;
-            break;
-        }
-    }
-    if (slot_ == g_guards.size()) g_guards.emplace_back();
-    g_guards[slot_] = e;
-    Refresh();
-}
+RunFileGuard::RunFileGuard(const std::string& path) : slot_(g_guards.Add(NormalisePath(path))) { Refresh(); }
 
-RunFileGuard::~RunFileGuard() {
-    g_guards[slot_].reset();
-    while (!g_guards.empty() && !g_guards.back()) g_guards.pop_back();
-}
+RunFileGuard::~RunFileGuard() { g_guards.Remove(slot_); }
 
 void RunFileGuard::Refresh() {
-    GuardEntry& e = *g_guards[slot_];
     struct stat st {};
-    e.hasId = ::stat(e.path.c_str(), &st) == 0;
-    if (e.hasId) {
-        e.device = st.st_dev;
-        e.inode = st.st_ino;
+    if (::stat(g_guards.Path(slot_).c_str(), &st) == 0) {
+        g_guards.SetId(slot_, st.st_dev, st.st_ino);
+    } else {
+        g_guards.ClearId(slot_);
     }
 }
 
 void RunFileGuard::Refresh(uint64_t device, uint64_t inode) {
-    GuardEntry& e = *g_guards[slot_];
-    e.hasId = true;
-    e.device = static_cast<dev_t>(device);
-    e.inode = static_cast<ino_t>(inode);
+    g_guards.SetId(slot_, static_cast<dev_t>(device), static_cast<ino_t>(inode));
 }
 
 bool IsSameFile(const std::string& path, uint64_t device, uint64_t inode) {
@@ -486,17 +539,11 @@ bool IsSameFile(const std::string& path, uint64_t device, uint64_t inode) {
 }
 
 bool IsRunFile(const std::string& path) {
-    if (g_guards.empty()) return false;
-    const std::string n = NormalisePath(path);
+    if (g_guards.Empty()) return false;
     struct stat now {}, target {};
     const bool hasNow = ::lstat(path.c_str(), &now) == 0;
     const bool hasTarget = hasNow && S_ISLNK(now.st_mode) && ::stat(path.c_str(), &target) == 0;
-    for (const auto& g : g_guards) {
-        if (g && (g->path == n || (hasNow && SameId(*g, now.st_dev, now.st_ino)) ||
-                  (hasTarget && SameId(*g, target.st_dev, target.st_ino))))
-            return true;
-    }
-    return false;
+    return g_guards.Matches(NormalisePath(path), hasNow ? &now : nullptr, hasTarget ? &target : nullptr, nullptr);
 }
 
 bool DeleteFileA(const std::string& path) {

@@ -216,6 +216,8 @@ struct HostileRow {
     std::function<void(Sandbox&, fixtures::PakBuilder&)> plant;
     // Unpacks into the PAK's own folder.
     bool intoGameFolder = false;
+    // The attacking members come behind the honest ones.
+    bool behind = false;
 };
 
 const std::string kHonestStored = "an honest stored member\r\n";
@@ -247,6 +249,11 @@ std::vector<HostileRow> HostileRows() {
     rows.push_back({"a compressed member with the PAK's own name", [](Sandbox& s, fixtures::PakBuilder& b) {
                         b.Imploded("game.pak", Pattern(600, 4));
                     }, true});
+    rows.push_back({"a stored member in place of an earlier member's wrapper", [](Sandbox& s, fixtures::PakBuilder& b) {
+                        b.Stored("honest.bin.zip",
+                                 fixtures::BuildZip({fixtures::ImplodedEntry("honest.bin", "planted content")}));
+                        b.Imploded("honest.bin", "a second member of the same name");
+                    }, false, true});
     return rows;
 }
 
@@ -289,8 +296,9 @@ TEST(Road, HostilePak) {
             const std::string what = std::string(row.attack) + (road == Road::Cli ? " (quarrin-cli)" : " (dialog)");
             Sandbox s;
             fixtures::PakBuilder builder;
-            row.plant(s, builder);
+            if (!row.behind) row.plant(s, builder);
             builder.Stored("honest.txt", kHonestStored).Imploded("honest.bin", kHonestImploded);
+            if (row.behind) row.plant(s, builder);
             const std::string pakPath = s.game + "game.pak";
             const std::string pakBytes = builder.Build();
             WriteFile(pakPath, pakBytes);
