@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include <filesystem>
 
 #include "fixtures/ByteWriter.h"
@@ -92,9 +94,26 @@ TEST(FileCalls, AttributesLengthsAndTheDirectoryScan) {
     EXPECT_TRUE(GetAttr(dir / "a.txt") & vbArchive);
     EXPECT_TRUE(GetAttr(dir / "sub") & vbDirectory);
     EXPECT_THROW(GetAttr(dir / "none"), RuntimeError);
-    EXPECT_EQ(Dir(dir / "*.txt"), "a.txt");
     EXPECT_EQ(Dir(dir / "su*"), "");
     EXPECT_EQ(Dir(dir / "su*", vbDirectory), "sub");
+    // A pattern gives each match once, in the folder's own order, and then
+    // an empty text; a path without wildcards gives its own name alone.
+    WriteFile(dir / "b.txt", "");
+    WriteFile(dir / ".hidden.txt", "");
+    WriteFile(dir / "c.dat", "");
+    std::multiset<std::string> found;
+    for (std::string name = Dir(dir / "*.txt"); !name.empty(); name = Dir()) found.insert(name);
+    EXPECT_EQ(found, (std::multiset<std::string>{"a.txt", "b.txt"}));
+    EXPECT_EQ(Dir(), "");
+    EXPECT_EQ(Dir(dir / "c.dat"), "c.dat");
+    EXPECT_EQ(Dir(), "");
+    EXPECT_EQ(Dir(dir / ".hidden.txt"), "");
+    EXPECT_EQ(Dir(dir / ".hidden.txt", vbHidden), ".hidden.txt");
+    EXPECT_EQ(Dir(dir / "sub"), "");
+    EXPECT_EQ(Dir(dir / "missing.txt"), "");
+    std::filesystem::remove(dir / "b.txt");
+    std::filesystem::remove(dir / ".hidden.txt");
+    std::filesystem::remove(dir / "c.dat");
     std::vector<DirEntry> entries;
     ASSERT_TRUE(ListDirectory(dir.Path(), entries));
     ASSERT_EQ(entries.size(), 2u);
@@ -146,6 +165,26 @@ TEST(RuntimeArithmetic, OverflowsLikeTheRuntimesIntegers) {
     EXPECT_THROW(VbCLng("99999999999"), RuntimeError);
     EXPECT_THROW(VbCLng("abc"), RuntimeError);
     EXPECT_EQ(VbTrim("  a b  "), "a b");
-    EXPECT_EQ(VbUCase("aB\xE9"), "AB\xE9");
+    EXPECT_EQ(VbUCase("aB\xE9"), "AB\xC9");
     EXPECT_EQ(VbReplace("a//b//", "//", "/"), "a/b/");
+}
+
+TEST(Runtime, CaseFoldsTheLettersOfTheAnsiCodePage) {
+    struct Row { unsigned char lower, upper; };
+    const Row letters[] = {{'a', 'A'}, {'z', 'Z'}, {0xE0, 0xC0}, {0xE9, 0xC9}, {0xF6, 0xD6}, {0xF8, 0xD8},
+                           {0xFE, 0xDE}, {0xFF, 0x9F}, {0x9A, 0x8A}, {0x9C, 0x8C}, {0x9E, 0x8E}};
+    for (const Row& r : letters) {
+        SCOPED_TRACE(static_cast<int>(r.lower));
+        EXPECT_EQ(static_cast<unsigned char>(VbUCaseChar(static_cast<char>(r.lower))), r.upper);
+        EXPECT_EQ(static_cast<unsigned char>(VbLCaseChar(static_cast<char>(r.upper))), r.lower);
+    }
+    // Signs, sharp s, micro and the bytes around the ranges have no other case.
+    const unsigned char unchanged[] = {0xF7, 0xD7, 0xDF, 0xB5, 0xBF, 0x9B, 0x9D, 0x8B, 0x8D, 0x8F, 0x40, 0x5B, 0x60, 0x7B};
+    for (unsigned char c : unchanged) {
+        SCOPED_TRACE(static_cast<int>(c));
+        EXPECT_EQ(static_cast<unsigned char>(VbUCaseChar(static_cast<char>(c))), c);
+        EXPECT_EQ(static_cast<unsigned char>(VbLCaseChar(static_cast<char>(c))), c);
+    }
+    EXPECT_EQ(VbUCase("stra\xDF" "e \xB5 \x9Cuvre \xFF"), "STRA\xDF" "E \xB5 \x8CUVRE \x9F");
+    EXPECT_EQ(VbLCase("\xC0\xD7\x8A"), "\xE0\xD7\x9A");
 }
