@@ -1,6 +1,6 @@
-// PAK archives: listing a large directory, cutting members out into ZIP
-// wrappers or plain files, and the archiver's explode path set against a bare
-// call of the decoder on the same stream.
+// PAK archives: listing a large directory and cutting members out into ZIP
+// wrappers or plain files. The archiver's explode road is measured in
+// bench_archiver.
 #include <benchmark/benchmark.h>
 
 #include <fcntl.h>
@@ -15,14 +15,8 @@
 #include "controls/ListView.h"
 #include "fixtures/ByteWriter.h"
 #include "fixtures/PakBuilder.h"
-#include "fixtures/ZipBuilder.h"
 #include "pak/CPAKFile.h"
-#include "pak/ZipReader.h"
 #include "pak/ZipWrapper.h"
-
-// StormLib's own names for the seek origins match the file calls' values; it
-// comes last so that its macros don't meet their declarations.
-#include <StormLib.h>
 
 extern char** environ;
 
@@ -143,48 +137,5 @@ void UnpakToWrapper(benchmark::State& state) { UnpakMemberSpeed(state, true); }
 void UnpakStored(benchmark::State& state) { UnpakMemberSpeed(state, false); }
 BENCHMARK(UnpakToWrapper)->Arg(64 << 10)->Arg(4 << 20)->Arg(32 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK(UnpakStored)->Arg(64 << 10)->Arg(4 << 20)->Arg(32 << 20)->Unit(benchmark::kMillisecond);
-
-struct Imploded {
-    std::string original, stream, zip;
-};
-const Imploded& ImplodedSample() {
-    static Imploded s;
-    if (s.stream.empty()) {
-        s.original = Sample(8 << 20);
-        s.stream = fixtures::ImplodeMember(s.original);
-        s.zip = fixtures::BuildZip({{"sample.bin", 10, 0, s.stream, 0, static_cast<uint32_t>(s.original.size())}});
-    }
-    return s;
-}
-
-void ExplodeBare(benchmark::State& state) {
-    const Imploded& s = ImplodedSample();
-    std::string out(s.original.size() + 1, '\0');
-    std::string in = s.stream;
-    for (auto _ : state) {
-        int length = static_cast<int>(out.size());
-        SCompExplode(out.data(), &length, in.data(), static_cast<int>(in.size()));
-        benchmark::DoNotOptimize(out.data());
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(s.original.size()));
-}
-BENCHMARK(ExplodeBare)->Unit(benchmark::kMillisecond);
-
-void ExplodeThroughTheArchiver(benchmark::State& state) {
-    const Imploded& s = ImplodedSample();
-    MemoryZipSource source(s.zip.data(), s.zip.size());
-    ZipReader reader;
-    std::string error;
-    if (!reader.Open(source, error)) state.SkipWithError(error.c_str());
-    for (auto _ : state) {
-        size_t produced = 0;
-        if (!reader.Extract(
-                reader.Entries()[0], [&](const uint8_t*, size_t n) { produced += n; return true; }, error))
-            state.SkipWithError(error.c_str());
-        benchmark::DoNotOptimize(produced);
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(s.original.size()));
-}
-BENCHMARK(ExplodeThroughTheArchiver)->Unit(benchmark::kMillisecond);
 
 }  // namespace
