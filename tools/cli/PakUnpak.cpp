@@ -24,7 +24,7 @@ int Fail(const std::string& message) { return CliFail(message); }
 class StderrBoxes : public IMessageBoxService {
 public:
     int32_t Show(const std::string& prompt, int32_t buttons, const std::string& title) override {
-        std::cerr << "quarrin-cli: " << (title.empty() ? "" : title + ": ") << VbReplace(prompt, "\r\n", " ") << "\n";
+        std::cerr << "quarrin-cli: " << (title.empty() ? "" : title + ": ") << PrintableLine(VbReplace(prompt, "\r\n", " ")) << "\n";
         ++count;
         return vbOK;
     }
@@ -36,11 +36,7 @@ bool ParseIndices(const std::string& text, std::vector<int32_t>& out) {
     while (pos <= text.size()) {
         size_t comma = text.find(',', pos);
         std::string part = text.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos);
-        try {
-            out.push_back(VbCLng(part));
-        } catch (const RuntimeError&) {
-            return false;
-        }
+        if (!PassOver([&] { out.push_back(VbCLng(part)); })) return false;
         if (comma == std::string::npos) break;
         pos = comma + 1;
     }
