@@ -38,17 +38,6 @@
 
 namespace {
 
-// A model's event raised from a Qt signal: the runtime errors of the handlers
-// behind it end here, as a form runtime ends an event procedure's error.
-template <typename F>
-void Guard(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError&) {
-    } catch (const std::exception&) {
-    }
-}
-
 // A text of bytes for a widget: Windows-1252, one byte to one character, with
 // CR LF as the line break.
 QString Shown(const std::string& bytes) {
@@ -300,7 +289,7 @@ void MainWindow::BuildMenus() {
             action->setObjectName(QStringLiteral("%1_%2").arg(QString::fromStdString(item.Name)).arg(item.Index));
             if (!item.Shortcut.empty()) action->setShortcut(QKeySequence(QString::fromStdString(item.Shortcut)));
             connect(action, &QAction::triggered, this, [this, &item] {
-                if (!unloaded_) Guard([&] { item.Click.Raise(); });
+                if (!unloaded_) PassOver([&] { item.Click.Raise(); });
             });
             auto refresh = [this, &item, action] {
                 if (unloaded_) return;
@@ -337,7 +326,7 @@ void MainWindow::BuildToolbar(QToolBar* bar, Toolbar& model, bool folderImages) 
                 QIcon icon = folderImages ? Icons::FolderImage(button.Image) : Icons::ToolImage(button.Image);
                 action = bar->addAction(icon, FromBytes(button.ToolTipText));
                 connect(action, &QAction::triggered, this, [this, &model, i] {
-                    if (!unloaded_) Guard([&] { model.ButtonClick.Raise(i); });
+                    if (!unloaded_) PassOver([&] { model.ButtonClick.Raise(i); });
                 });
                 break;
             }
@@ -407,13 +396,13 @@ void MainWindow::BuildDocuments() {
         if (unloaded_ || item == nullptr) return;
         // The folder list opens a folder on a double click by itself.
         const int index = item->data(0, Qt::UserRole).toInt();
-        Guard([&] { form_.oDir.SetPath(form_.oDir.List(index)); });
+        PassOver([&] { form_.oDir.SetPath(form_.oDir.List(index)); });
     });
     Bind(form_.oDir, dir_, [this] { RefreshDir(); });
 
     auto* drive = new DriveCombo(doc);
     drive->Opening = [this] {
-        if (!unloaded_) Guard([&] { form_.oDrive.Refresh(); });
+        if (!unloaded_) PassOver([&] { form_.oDrive.Refresh(); });
     };
     drive_ = drive;
     drive_->setObjectName(QStringLiteral("oDrive"));
@@ -422,7 +411,7 @@ void MainWindow::BuildDocuments() {
         const std::string drive = drivesShown_[static_cast<size_t>(index)];
         // Choosing the drive that is already chosen changes nothing.
         if (drive == form_.oDrive.Drive()) return;
-        Guard([&] { form_.oDrive.SetDrive(drive); });
+        PassOver([&] { form_.oDrive.SetDrive(drive); });
     });
     Bind(form_.oDrive, drive_, [this] { RefreshDrive(); });
 
@@ -441,15 +430,15 @@ void MainWindow::BuildDocuments() {
         if (selected.isEmpty()) return;
         clickRaisedByPress_ = true;
         const int row = selected.first().row();
-        Guard([&] { form_.oFile.SetListIndex(row); });
+        PassOver([&] { form_.oFile.SetListIndex(row); });
     });
     connect(file_, &QListView::clicked, this, [this](const QModelIndex& index) {
         if (syncing_ || unloaded_ || !index.isValid() || clickRaisedByPress_) return;
         // A click on the entry that is already selected is a click all the same.
-        Guard([&] { form_.oFile.SetListIndex(index.row()); });
+        PassOver([&] { form_.oFile.SetListIndex(index.row()); });
     });
     connect(file_, &QListView::doubleClicked, this, [this] {
-        if (!unloaded_) Guard([&] { form_.oFile.DblClick.Raise(); });
+        if (!unloaded_) PassOver([&] { form_.oFile.DblClick.Raise(); });
     });
     Bind(form_.oFile, file_, [this] { RefreshFile(); });
 
@@ -481,7 +470,7 @@ void MainWindow::BuildDocuments() {
     vScroll_->setTracking(false);
     connect(vScroll_, &QScrollBar::valueChanged, this, [this](int value) {
         if (syncing_ || unloaded_) return;
-        Guard([&] { form_.oVScroll.SetValue(value); });
+        PassOver([&] { form_.oVScroll.SetValue(value); });
         // A value the model refused puts the bar back where the model stands.
         RefreshVScroll();
     });
@@ -510,10 +499,10 @@ void MainWindow::BuildListView() {
     for (size_t c = 0; c < form_.oListView.ColumnHeaders.size(); ++c)
         header->resizeSection(static_cast<int>(c), PixelsOfHimetric(form_.oListView.ColumnHeaders[c].Width));
     connect(header, &QHeaderView::sectionClicked, this, [this](int section) {
-        if (!unloaded_) Guard([&] { form_.oListView.ColumnClick.Raise(section + 1); });
+        if (!unloaded_) PassOver([&] { form_.oListView.ColumnClick.Raise(section + 1); });
     });
     connect(listView_, &QTreeView::doubleClicked, this, [this] {
-        if (!unloaded_) Guard([&] { form_.oListView.DblClick.Raise(); });
+        if (!unloaded_) PassOver([&] { form_.oListView.DblClick.Raise(); });
     });
     connect(listView_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainWindow::ListSelectionChanged);
@@ -521,7 +510,7 @@ void MainWindow::BuildListView() {
             [this](const QModelIndex& current) {
                 if (syncing_ || unloaded_ || !current.isValid()) return;
                 mirroring_ = true;
-                Guard([&] { form_.oListView.SetFocusItem(current.row() + 1); });
+                PassOver([&] { form_.oListView.SetFocusItem(current.row() + 1); });
                 mirroring_ = false;
             });
     Bind(form_.oListView, listView_, [this] { RefreshListView(); });
@@ -674,7 +663,7 @@ void MainWindow::ListSelectionChanged(const QItemSelection& selected, const QIte
     if (syncing_ || unloaded_) return;
     ListView& list = form_.oListView;
     mirroring_ = true;
-    Guard([&] {
+    PassOver([&] {
         for (const QItemSelectionRange& range : deselected)
             for (int r = range.top(); r <= range.bottom(); ++r) list.SetSelected(r + 1, false);
         for (const QItemSelectionRange& range : selected)
@@ -704,8 +693,8 @@ void MainWindow::ClientResized() {
     const int32_t height = client_->height() * kTwipsPerPixel;
     // The docked bars follow the client area before the form hears of its
     // new size, as they do in the form runtime.
-    Guard([&] { form_.oToolbar.Move(0, 0, width, form_.oToolbar.Bounds().Height); });
-    Guard([&] {
+    PassOver([&] { form_.oToolbar.Move(0, 0, width, form_.oToolbar.Bounds().Height); });
+    PassOver([&] {
         const int32_t barHeight = form_.oStatusBar.Bounds().Height;
         form_.oStatusBar.Move(0, height - barHeight, width, barHeight);
     });
@@ -715,8 +704,8 @@ void MainWindow::ClientResized() {
     const bool resized = bounds.Width != outerWidth || bounds.Height != outerHeight;
     // A new size raises Resize through the model. The first showing raises it
     // in any case, which lays the panes out.
-    Guard([&] { form_.Move(bounds.Left, bounds.Top, outerWidth, outerHeight); });
-    if (!resized && !laidOut_) Guard([&] { form_.Resize.Raise(); });
+    PassOver([&] { form_.Move(bounds.Left, bounds.Top, outerWidth, outerHeight); });
+    if (!resized && !laidOut_) PassOver([&] { form_.Resize.Raise(); });
     laidOut_ = true;
 }
 
@@ -747,7 +736,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     int16_t cancel = 0;
-    Guard([&] { form_.Form_Unload(cancel); });
+    PassOver([&] { form_.Form_Unload(cancel); });
     if (cancel != 0) {
         event->ignore();
         return;
@@ -772,7 +761,7 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
         case QEvent::MouseButtonDblClick:
             for (size_t i = 0; i < panels_.size(); ++i) {
                 if (watched == panels_[i]) {
-                    Guard([&] { form_.oStatusBar.PanelDblClick.Raise(static_cast<int32_t>(i) + 1); });
+                    PassOver([&] { form_.oStatusBar.PanelDblClick.Raise(static_cast<int32_t>(i) + 1); });
                     return true;
                 }
             }
@@ -786,7 +775,7 @@ bool MainWindow::KeyInFileList(QKeyEvent* key) {
     int16_t code = KeyCodes::KeyAscii(*key);
     if (code == 0) return false;
     const bool enter = code == 13;
-    Guard([&] { form_.oFile.KeyPress.Raise(code); });
+    PassOver([&] { form_.oFile.KeyPress.Raise(code); });
     // A handler that sets the code to 0 swallows the key; Enter has done its
     // work in the handler.
     return code == 0 || enter;
@@ -796,19 +785,19 @@ bool MainWindow::KeyInDirList(QKeyEvent* key) {
     int16_t code = KeyCodes::KeyAscii(*key);
     if (code == 0) return false;
     const bool enter = code == 13;
-    Guard([&] { form_.oDir.KeyPress.Raise(code); });
+    PassOver([&] { form_.oDir.KeyPress.Raise(code); });
     return code == 0 || enter;
 }
 
 bool MainWindow::KeyInReport(QKeyEvent* key) {
     int16_t keyCode = KeyCodes::VirtualKey(*key);
     if (keyCode != 0) {
-        Guard([&] { form_.tReport.KeyDown.Raise(keyCode, KeyCodes::ShiftState(key->modifiers())); });
+        PassOver([&] { form_.tReport.KeyDown.Raise(keyCode, KeyCodes::ShiftState(key->modifiers())); });
         if (keyCode == 0) return true;
     }
     int16_t ascii = KeyCodes::KeyAscii(*key);
     if (ascii != 0) {
-        Guard([&] { form_.tReport.KeyPress.Raise(ascii); });
+        PassOver([&] { form_.tReport.KeyPress.Raise(ascii); });
         if (ascii == 0) return true;
     }
     // The text box goes on to handle the key itself.
@@ -818,6 +807,6 @@ bool MainWindow::KeyInReport(QKeyEvent* key) {
 bool MainWindow::KeyInListView(QKeyEvent* key) {
     const int16_t code = KeyCodes::KeyAscii(*key);
     if (code == 0) return false;
-    Guard([&] { form_.oListView.KeyPress.Raise(code); });
+    PassOver([&] { form_.oListView.KeyPress.Raise(code); });
     return code == 13;
 }

@@ -34,17 +34,15 @@ std::string_view ExtensionOf(const std::string& text) {
     return std::string_view(text).substr(dot + 1);
 }
 
-// The platform's list view compares texts as C strings, ignoring the case of
-// the ASCII letters: a text ends at its first zero byte.
+// The platform's list view compares texts as C strings, ignoring case: a text
+// ends at its first zero byte.
 int CompareNoCase(std::string_view a, std::string_view b) {
     a = a.substr(0, std::min(a.size(), a.find('\0')));
     b = b.substr(0, std::min(b.size(), b.find('\0')));
     const size_t n = std::min(a.size(), b.size());
     for (size_t i = 0; i < n; ++i) {
-        auto ca = static_cast<unsigned char>(a[i]);
-        auto cb = static_cast<unsigned char>(b[i]);
-        if (ca >= 'A' && ca <= 'Z') ca = static_cast<unsigned char>(ca + 32);
-        if (cb >= 'A' && cb <= 'Z') cb = static_cast<unsigned char>(cb + 32);
+        const auto ca = static_cast<unsigned char>(VbLCaseChar(a[i]));
+        const auto cb = static_cast<unsigned char>(VbLCaseChar(b[i]));
         if (ca != cb) return ca < cb ? -1 : 1;
     }
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);

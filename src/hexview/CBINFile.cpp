@@ -23,19 +23,12 @@ bool CBINFile::Initialize(const std::string& lpPathName, int32_t hDesDC, ListVie
     m_hDesDC = hDesDC;
     if (lpPathName == m_sPathName) return true;
     // Still shows the old file if the bar moves here.
-    try {
-        owner_.oVScroll.SetValue(0);
-    } catch (const RuntimeError&) {
-    }
+    PassOver([&] { owner_.oVScroll.SetValue(0); });
     m_sPathName = lpPathName;
     if (m_hFile > 0) _lclose(m_hFile);
     m_hFile = _lopen(lpPathName, OF_READ);
     if (m_hFile > 0) {
-        try {
-            m_lFileLength = FileLen(lpPathName);
-        } catch (const RuntimeError&) {
-            m_lFileLength = 0;
-        }
+        m_lFileLength = PassOver([&] { return FileLen(lpPathName); }, decltype(m_lFileLength){0});
         return true;
     }
     return false;
@@ -80,10 +73,7 @@ std::string CBINFile::ReadAll(std::string& lpPathName, int64_t limit) {
         return text;
     } catch (const RuntimeError& e) {
         if (number != 0) {
-            try {
-                VbClose(number);
-            } catch (const RuntimeError&) {
-            }
+            PassOver([&] { VbClose(number); });
         }
         return std::to_string(e.Number);
     }

@@ -30,16 +30,6 @@ constexpr NerhaltType kTypes[] = {
     {0x0EC4F345, "VoxelTile", "vtl", false, false},
 };
 
-// The object for a type whose class the program has; nullptr for the others.
-std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t id) {
-    switch (id) {
-        case 0x00553C98:
-        case 0x05463C98: return std::make_unique<CMeshFile>();
-        case 0x097DD4D3: return std::make_unique<CPAKFile>();
-        default: return nullptr;
-    }
-}
-
 // Reads up to four bytes into a field. The bytes that the file doesn't have
 // keep what the field held before.
 int32_t ReadLong(HFILE h, int32_t& field) {
@@ -68,6 +58,15 @@ const NerhaltType* NerhaltTypes(size_t& count) {
     return kTypes;
 }
 
+std::unique_ptr<CNerhaltFile> CNerhaltFiles::CreateFileObject(int32_t id) {
+    switch (id) {
+        case 0x00553C98:
+        case 0x05463C98: return std::make_unique<CMeshFile>();
+        case 0x097DD4D3: return std::make_unique<CPAKFile>();
+        default: return nullptr;
+    }
+}
+
 CNerhaltFiles::~CNerhaltFiles() {
     m_oFile.reset();
     if (m_hFile != 0) _lclose(m_hFile);
@@ -76,14 +75,18 @@ CNerhaltFiles::~CNerhaltFiles() {
 bool CNerhaltFiles::Initialize(const std::string& lpPathName, int32_t hDesDC, ListView* oLv) {
     if (lpPathName == m_sPathName) return m_bResult;
     m_sPathName = lpPathName;
+    // Each statement that fails is passed over and the next one runs, so that
+    // the answer kept for this path is the one given for it.
     if (m_hFile > 0) _lclose(m_hFile);
-    m_hFile = _lopen(lpPathName, OF_READ);
+    m_hFile = 0;
+    PassOver([&] { m_hFile = _lopen(lpPathName, OF_READ); });
     if (m_hFile <= 0) {
         m_bResult = false;
         return false;
     }
-    int32_t bytesRead = ReadLong(m_hFile, m_lSignature);
-    bytesRead += ReadLong(m_hFile, m_lId);
+    int32_t bytesRead = 0;
+    PassOver([&] { bytesRead += ReadLong(m_hFile, m_lSignature); });
+    PassOver([&] { bytesRead += ReadLong(m_hFile, m_lId); });
     m_bKnownId = true;
     m_bAble2Show = false;
     m_bAble2Save = false;
@@ -95,15 +98,15 @@ bool CNerhaltFiles::Initialize(const std::string& lpPathName, int32_t hDesDC, Li
         m_sExtension = row->Extension;
         m_bAble2Show = row->Able2Show;
         m_bAble2Save = row->Able2Save;
-        if (m_bSigned) m_oFile = CreateFileObject(m_lId);
+        if (m_bSigned) PassOver([&] { m_oFile = CreateFileObject(m_lId); });
     } else {
         m_bKnownId = false;
         m_sName.clear();
         m_sExtension.clear();
     }
-    bool result;
+    bool result = false;
     if (m_oFile) {
-        result = m_oFile->Initialize(lpPathName, hDesDC, oLv);
+        PassOver([&] { result = m_oFile->Initialize(lpPathName, hDesDC, oLv); });
     } else {
         result = bytesRead == 8 && m_bSigned;
     }

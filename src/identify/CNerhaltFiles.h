@@ -28,7 +28,7 @@ const NerhaltType* NerhaltTypes(size_t& count);
 class CNerhaltFiles {
 public:
     CNerhaltFiles() = default;
-    ~CNerhaltFiles();
+    virtual ~CNerhaltFiles();
     CNerhaltFiles(const CNerhaltFiles&) = delete;
     CNerhaltFiles& operator=(const CNerhaltFiles&) = delete;
 
@@ -50,6 +50,11 @@ public:
     bool HideListView() const;
     // The object of the current file, or nullptr.
     CNerhaltFile* FileObject() const { return m_oFile.get(); }
+
+protected:
+    // The object of the class in charge of a type, or nullptr for a type that
+    // the program only names.
+    virtual std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t id);
 
 private:
     HFILE m_hFile = 0;

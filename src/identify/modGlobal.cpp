@@ -36,44 +36,29 @@ std::string GetFolderName(const std::string& sPath) {
 }
 
 bool FileExists(const std::string& sPath) {
-    try {
+    return PassOver([&] {
         // A path without wildcards is answered by one stat: the scan could
         // only find the same entry, and the attributes answer for any entry
         // that exists. Only a pattern needs the directory scan.
         if (sPath.find_first_of("*?") == std::string::npos) return PathExists(sPath);
         if (!Dir(sPath, vbNormal).empty()) return true;
         return GetAttr(sPath) > 0;
-    } catch (const RuntimeError&) {
-        return false;
-    }
+    }, false);
 }
 
 bool OpenPrintFile(const std::string& sPath) {
-    try {
+    return PassOver([&] {
         g_vPrintFile = FreeFile();
         VbOpen(g_vPrintFile, sPath, VbOpenMode::Output);
-        return true;
-    } catch (const RuntimeError&) {
-        return false;
-    }
+    });
 }
 
 bool PrintToFile(const std::string& sLine) {
-    try {
-        VbPrintLine(g_vPrintFile, sLine);
-        return true;
-    } catch (const RuntimeError&) {
-        return false;
-    }
+    return PassOver([&] { VbPrintLine(g_vPrintFile, sLine); });
 }
 
 bool ClosePrintFile() {
-    try {
-        VbClose(g_vPrintFile);
-        return true;
-    } catch (const RuntimeError&) {
-        return false;
-    }
+    return PassOver([&] { VbClose(g_vPrintFile); });
 }
 
 std::string PadSize(int32_t value) {

@@ -124,7 +124,7 @@ PakMemberSave CPAKFile::SaveMember() {
     // A number of the item that can't be read ends the save as a member that
     // can't be read.
     PakMemberSave outcome = PakMemberSave::Unreadable;
-    try {
+    const PakMemberSave saved = PassOver([&] {
         const std::string abName = oItem->Text;
         const int16_t L = VbToInteger(static_cast<int64_t>(abName.size()));
         const int32_t lPackedSize = VbCLng(oItem->SubItems(1));
@@ -180,10 +180,8 @@ PakMemberSave CPAKFile::SaveMember() {
         const HFILE hDone = hOut;
         hOut = 0;
         return CommitReplacement(hDone) ? PakMemberSave::Written : outcome;
-    } catch (const RuntimeError&) {
-    } catch (const std::bad_alloc&) {
-    }
+    }, outcome);
     // Closing an uncommitted replacement throws it away.
     if (hOut > 0) _lclose(hOut);
-    return outcome;
+    return saved;
 }

@@ -48,11 +48,7 @@ void Put16(HFILE h, int32_t value) {
 
 // The length of the PAK, or -1 when it can't be told.
 int64_t PakLength(const std::string& sPakPath) {
-    try {
-        return FileLen(sPakPath);
-    } catch (const RuntimeError&) {
-        return -1;
-    }
+    return PassOver([&] { return FileLen(sPakPath); }, int64_t{-1});
 }
 
 }  // namespace
@@ -92,20 +88,19 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
 
     HFILE hFile = _lopen(sPakPath, OF_READ);
     if (hFile < 1) return false;
-    try {
+    // A handle still open after the step is closed behind it.
+    const bool bWritten = PassOver([&] {
         // The sizes come from the PAK's directory: a member that the PAK
         // can't hold is refused before any memory is taken for it.
         int64_t lLength = PakLength(sPakPath);
         if (lPackedSize < 0 || lOffset < 0 || lLength < 0 ||
             static_cast<int64_t>(lOffset) + lPackedSize > lLength) {
-            _lclose(hFile);
             return false;
         }
         // Not zero-filled: the read below fills every byte or the member is refused.
         std::unique_ptr<uint8_t[]> abData(new uint8_t[static_cast<size_t>(lPackedSize)]);
         if (_llseek(hFile, lOffset, FILE_BEGIN) != lOffset ||
             _lread(hFile, abData.get(), lPackedSize) != lPackedSize) {
-            _lclose(hFile);
             return false;
         }
         _lclose(hFile);
@@ -129,9 +124,7 @@ bool UnpakMember(const std::string& sDestFolder, const std::string& sPakPath, co
         HFILE h = hFile;
         hFile = 0;
         return CommitReplacement(h);
-    } catch (const RuntimeError&) {
-    } catch (const std::bad_alloc&) {
-    }
+    }, false);
     if (hFile > 0) _lclose(hFile);
-    return false;
+    return bWritten;
 }

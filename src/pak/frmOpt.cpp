@@ -7,15 +7,6 @@
 #include "winsupport/cCommonDialog.h"
 #include "winsupport/cRegistry.h"
 
-namespace {
-template <typename F>
-void Step(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError&) {
-    }
-}
-}  // namespace
 
 frmOpt::frmOpt() : ModalForm("frmOpt") {
     Caption = "Options";
@@ -44,14 +35,13 @@ void frmOpt::Form_Load() {
 }
 
 void frmOpt::Browse(TextBox& box) {
-    try {
+    PassOver([&] {
         cCommonDialog& dialog = CommonDialog();
         dialog.SetCancelError(true);
         dialog.Sethwnd(hWnd());
         dialog.ShowOpen();
         box.SetText(dialog.Filename());
-    } catch (const RuntimeError&) {
-    }
+    });
 }
 
 void frmOpt::cmdPath_Click() { Browse(tPath); }
@@ -63,9 +53,9 @@ void frmOpt::cmdValidate_Click(int16_t Index) {
         Unload();
         return;
     }
-    Step([&] { tShortcut.SetText(VbTrim(tShortcut.Text())); });
+    PassOver([&] { tShortcut.SetText(VbTrim(tShortcut.Text())); });
     if (!tShortcut.Text().empty()) {
-        if (tShortcut.Text().back() != g_cPathSep) Step([&] { tShortcut.SetText(tShortcut.Text() + g_sPathSep); });
+        if (tShortcut.Text().back() != g_cPathSep) PassOver([&] { tShortcut.SetText(tShortcut.Text() + g_sPathSep); });
         if (!FileExists(tShortcut.Text())) {
             MsgBox(tShortcut.Text() + " doesn't exist!", vbCritical, "Custom Shortcut Error");
             return;
@@ -73,12 +63,12 @@ void frmOpt::cmdValidate_Click(int16_t Index) {
         g_sShortCutPath = tShortcut.Text();
     }
     cRegistry& registry = Registry();
-    Step([&] { registry.SetValueType(REG_SZ); });
-    Step([&] { registry.SetClassKey(HKEY_CURRENT_USER); });
-    Step([&] { registry.SetSectionKey("Software\\Corvane\\Quarrin"); });
+    PassOver([&] { registry.SetValueType(REG_SZ); });
+    PassOver([&] { registry.SetClassKey(HKEY_CURRENT_USER); });
+    PassOver([&] { registry.SetSectionKey("Software\\Corvane\\Quarrin"); });
     auto store = [&](const char* name, const Variant& value) {
-        Step([&] { registry.SetValueKey(name); });
-        Step([&] { registry.SetValue(value); });
+        PassOver([&] { registry.SetValueKey(name); });
+        PassOver([&] { registry.SetValue(value); });
     };
     store("UnpakPath", Variant(VbTrim(tPak.Text())));
     store("PkzipPath", Variant(VbTrim(tPath.Text())));

@@ -116,15 +116,33 @@ std::string VbTrim(const std::string& s) {
     return s.substr(b, e - b + 1);
 }
 
+char VbUCaseChar(char c) {
+    const auto b = static_cast<unsigned char>(c);
+    if ((b >= 'a' && b <= 'z') || (b >= 0xE0 && b <= 0xFE && b != 0xF7)) return static_cast<char>(b - 0x20);
+    switch (b) {
+        case 0x9A: case 0x9C: case 0x9E: return static_cast<char>(b - 0x10);
+        case 0xFF: return static_cast<char>(0x9F);
+        default: return c;
+    }
+}
+
+char VbLCaseChar(char c) {
+    const auto b = static_cast<unsigned char>(c);
+    if ((b >= 'A' && b <= 'Z') || (b >= 0xC0 && b <= 0xDE && b != 0xD7)) return static_cast<char>(b + 0x20);
+    switch (b) {
+        case 0x8A: case 0x8C: case 0x8E: return static_cast<char>(b + 0x10);
+        case 0x9F: return static_cast<char>(0xFF);
+        default: return c;
+    }
+}
+
 std::string VbUCase(std::string s) {
-    for (auto& c : s)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    for (auto& c : s) c = VbUCaseChar(c);
     return s;
 }
 
 std::string VbLCase(std::string s) {
-    for (auto& c : s)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    for (auto& c : s) c = VbLCaseChar(c);
     return s;
 }
 

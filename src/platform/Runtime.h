@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <new>
 #include <string>
 
 // Error numbers of the runtime that the program raises or catches by number.
@@ -36,6 +37,36 @@ public:
     std::string Description;
     const char* what() const noexcept override { return Description.c_str(); }
 };
+
+// Runs one step of a procedure that passes over its failures, and answers
+// whether the step ran to its end. What is passed over is a failure the
+// program expects: a runtime error (RuntimeError), and a failed allocation
+// (std::bad_alloc), which the runtime reports as its own error 7, "Out of
+// memory", and which a count read from a damaged file can cause. Any other
+// exception is a fault of the program and goes on to the caller.
+template <typename F>
+bool PassOver(F&& step) {
+    try {
+        step();
+        return true;
+    } catch (const RuntimeError&) {
+    } catch (const std::bad_alloc&) {
+    }
+    return false;
+}
+
+// The same for a step that gives a value: the step's value, or what `failed`
+// holds when the step fails (it is read at that moment, so a step may move it
+// on as it goes).
+template <typename F, typename T>
+T PassOver(F&& step, const T& failed) {
+    try {
+        return step();
+    } catch (const RuntimeError&) {
+    } catch (const std::bad_alloc&) {
+    }
+    return failed;
+}
 
 // The runtime's own description of one of its error numbers ("Overflow", ...).
 std::string VbErrorDescription(int32_t number);
@@ -71,8 +102,16 @@ int32_t VbToLong(int64_t v);
 // number is outside the 32-bit range.
 int32_t VbCLng(const std::string& text);
 
-// Trim, UCase, LCase on byte texts (ASCII case folding; bytes above 127 kept).
+// Trim on byte texts: the blanks at both ends go.
 std::string VbTrim(const std::string& s);
+// UCase and LCase fold the letters of the ANSI code page (Windows-1252), as the
+// system does: the ASCII letters, the accented letters 0xC0 to 0xDE and 0xE0 to
+// 0xFE apart from the signs 0xD7 and 0xF7, and the pairs 0x8A/0x9A (S caron),
+// 0x8C/0x9C (OE), 0x8E/0x9E (Z caron) and 0x9F/0xFF (Y diaeresis). Sharp s
+// (0xDF) and micro (0xB5) have no upper case and stay. Every comparison that
+// ignores case goes through these.
+char VbUCaseChar(char c);
+char VbLCaseChar(char c);
 std::string VbUCase(std::string s);
 std::string VbLCase(std::string s);
 // Replace every occurrence of `what` by `with`.

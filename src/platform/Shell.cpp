@@ -13,16 +13,8 @@
 
 namespace {
 
-bool SameWord(const std::string& a, const char* b) {
-    size_t n = std::strlen(b);
-    if (a.size() != n) return false;
-    for (size_t i = 0; i < n; ++i) {
-        char c = a[i];
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        if (c != b[i]) return false;
-    }
-    return true;
-}
+// `b` is written in lower case.
+bool SameWord(const std::string& a, const char* b) { return VbLCase(a) == b; }
 
 bool IsExecutableFile(const std::string& path) {
     struct stat st {};

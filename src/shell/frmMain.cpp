@@ -16,17 +16,6 @@ namespace {
 frmMain* g_current = nullptr;
 std::unique_ptr<frmMain> g_owned;
 
-// A step of a handler that runs with errors passed over: a failing step is
-// skipped and the next one runs.
-template <typename F>
-void Step(F&& f) {
-    try {
-        f();
-    } catch (const RuntimeError&) {
-    } catch (const std::bad_alloc&) {
-    }
-}
-
 // The extensions of the files shown as text, compared in upper case.
 bool IsTextExtension(const std::string& ext) {
     static const char* const kText[] = {"BAT", "MAP", "TIL", "TXT", "ACTS", "CAM", "MVLST"};
@@ -140,28 +129,28 @@ frmMain::~frmMain() {
 
 void frmMain::Form_Initialize() {
     cRegistry& registry = Registry();
-    Step([&] { registry.SetValueType(REG_SZ); });
+    PassOver([&] { registry.SetValueType(REG_SZ); });
     // Where the game is installed: the machine's setting, only ever read.
-    Step([&] {
+    PassOver([&] {
         registry.SetValueKey("Directory");
         registry.SetClassKey(HKEY_LOCAL_MACHINE);
         registry.SetSectionKey("Software\\Selvane\\Directory");
         g_sGameFolder = registry.Value().ToString();
     });
-    Step([&] {
+    PassOver([&] {
         registry.SetClassKey(HKEY_CURRENT_USER);
         if (!registry.KeyExists()) registry.CreateKey();
     });
-    Step([&] { registry.SetSectionKey("Software\\Corvane\\Quarrin"); });
-    Step([&] {
+    PassOver([&] { registry.SetSectionKey("Software\\Corvane\\Quarrin"); });
+    PassOver([&] {
         registry.SetValueKey("PkzipPath");
         g_sPkzipPath = registry.Value().ToString();
     });
-    Step([&] {
+    PassOver([&] {
         registry.SetValueKey("UnpakPath");
         g_sUnpakPath = registry.Value().ToString();
     });
-    Step([&] {
+    PassOver([&] {
         registry.SetValueKey("ShortCutPath");
         g_sShortCutPath = registry.Value().ToString();
     });
@@ -179,7 +168,7 @@ void frmMain::Form_Load() {
         if (d.size() > drive.size() && home.rfind(d, 0) == 0 && (home.size() == d.size() || home[d.size()] == '/'))
             drive = d;
     oDrive.InitDrive(drive);
-    Step([&] { oDir.SetPath(App::Path()); });
+    PassOver([&] { oDir.SetPath(App::Path()); });
     lInfo.SetCaption("Quarrin, by Corvane\r\nVersion 0.97");
 }
 
@@ -190,18 +179,18 @@ void frmMain::Form_Unload(int16_t& Cancel) {
 void frmMain::Form_Resize() {
     const int32_t W = WindowWidth();
     const int32_t H = WindowHeight() - oToolbar.Bounds().Height - oStatusBar.Bounds().Height;
-    Step([&] { oSSTab.SetWidth(W - 340); });
-    Step([&] { fraDocMain.SetWidth(W - 500); });
-    Step([&] { oImg.Move(oImg.Bounds().Left, oImg.Bounds().Top, W - 360, H - oImg.Bounds().Top - 680); });
-    Step([&] { oListView.Move(oImg.Bounds().Left, oImg.Bounds().Top, oImg.Bounds().Width, oImg.Bounds().Height); });
-    Step([&] { fraMain.Move(fraMain.Bounds().Left, fraMain.Bounds().Top, W - 200, H - fraMain.Bounds().Top - 340); });
-    Step([&] { tReport.SetWidth(W - tReport.Bounds().Left - 580); });
-    Step([&] {
+    PassOver([&] { oSSTab.SetWidth(W - 340); });
+    PassOver([&] { fraDocMain.SetWidth(W - 500); });
+    PassOver([&] { oImg.Move(oImg.Bounds().Left, oImg.Bounds().Top, W - 360, H - oImg.Bounds().Top - 680); });
+    PassOver([&] { oListView.Move(oImg.Bounds().Left, oImg.Bounds().Top, oImg.Bounds().Width, oImg.Bounds().Height); });
+    PassOver([&] { fraMain.Move(fraMain.Bounds().Left, fraMain.Bounds().Top, W - 200, H - fraMain.Bounds().Top - 340); });
+    PassOver([&] { tReport.SetWidth(W - tReport.Bounds().Left - 580); });
+    PassOver([&] {
         oVScroll.SetLeft(tReport.Bounds().Left + tReport.Bounds().Width - (oVScroll.Bounds().Width + 30));
     });
-    Step([&] { tReport_Change(); });
-    if (W < 7200) Step([&] { SetWidth(7200); });
-    if (H < 5600) Step([&] { SetHeight(6400); });
+    PassOver([&] { tReport_Change(); });
+    if (W < 7200) PassOver([&] { SetWidth(7200); });
+    if (H < 5600) PassOver([&] { SetHeight(6400); });
 }
 
 // ---- Selection and preview --------------------------------------------------
@@ -211,18 +200,18 @@ std::string frmMain::SelectedPath() const {
 }
 
 void frmMain::SetSaveOffer(bool on) {
-    Step([&] { mnuSubFile[1]->SetEnabled(on); });
-    Step([&] { oToolbar.SetButtonEnabled(3, on); });
+    PassOver([&] { mnuSubFile[1]->SetEnabled(on); });
+    PassOver([&] { oToolbar.SetButtonEnabled(3, on); });
 }
 
 void frmMain::SetShowOffer(bool on) {
-    Step([&] { mnuSubFile[2]->SetEnabled(on); });
-    Step([&] { oToolbar.SetButtonEnabled(4, on); });
+    PassOver([&] { mnuSubFile[2]->SetEnabled(on); });
+    PassOver([&] { oToolbar.SetButtonEnabled(4, on); });
 }
 
 void frmMain::SetExtractOffer(bool on) {
-    Step([&] { mnuSubTools[0]->SetEnabled(on); });
-    Step([&] { oToolbar.SetButtonEnabled(2, on); });
+    PassOver([&] { mnuSubTools[0]->SetEnabled(on); });
+    PassOver([&] { oToolbar.SetButtonEnabled(2, on); });
 }
 
 bool frmMain::SaveOffered() const { return mnuSubFile[1]->Enabled(); }
@@ -231,8 +220,8 @@ bool frmMain::ExtractOffered() const { return mnuSubTools[0]->Enabled(); }
 
 void frmMain::oFile_Click() {
     m_lFileKind = fkNone;
-    Step([&] { oVScroll.SetVisible(true); });
-    Step([&] {
+    PassOver([&] { oVScroll.SetVisible(true); });
+    PassOver([&] {
         oStatusBar.SetPanelText(1, {});
         oStatusBar.SetPanelText(2, {});
     });
@@ -243,32 +232,32 @@ void frmMain::oFile_Click() {
     const std::string ext = VbUCase(GetFileExt(oFile.FileName()));
 
     bool game = false;
-    Step([&] {
+    PassOver([&] {
         if (!m_oGameFiles) m_oGameFiles = std::make_unique<CNerhaltFiles>();
         game = m_oGameFiles->Initialize(path, oImg.hDC, &oListView);
     });
     if (game) {
         m_lFileKind = fkGame;
-        Step([&] {
+        PassOver([&] {
             std::string gameExt = VbUCase(m_oGameFiles->Extension());
             if (gameExt == "MSH" || gameExt == "AMH") {
                 m_lFileKind = fkNone;
                 SetSaveOffer(m_oGameFiles->IsAble2Save());
             }
         });
-        Step([&] { oStatusBar.SetPanelText(2, m_oGameFiles->Extension()); });
-        Step([&] { oStatusBar.SetPanelText(1, m_oGameFiles->Information()); });
-        Step([&] { SetShowOffer(m_oGameFiles->IsAble2Show()); });
+        PassOver([&] { oStatusBar.SetPanelText(2, m_oGameFiles->Extension()); });
+        PassOver([&] { oStatusBar.SetPanelText(1, m_oGameFiles->Information()); });
+        PassOver([&] { SetShowOffer(m_oGameFiles->IsAble2Show()); });
     } else if (IsTextExtension(ext)) {
         m_lFileKind = fkText;
-        Step([&] { oVScroll.SetVisible(false); });
+        PassOver([&] { oVScroll.SetVisible(false); });
         SetShowOffer(true);
-        Step([&] { oStatusBar.SetPanelText(1, "ASCII Formated File"); });
+        PassOver([&] { oStatusBar.SetPanelText(1, "ASCII Formated File"); });
     }
-    if (ext == "WAV") Step([&] { oStatusBar.SetPanelText(1, "Wav File"); });
+    if (ext == "WAV") PassOver([&] { oStatusBar.SetPanelText(1, "Wav File"); });
 
     if (m_lFileKind != fkText) {
-        Step([&] {
+        PassOver([&] {
             if (!m_oBinFile) m_oBinFile = std::make_unique<CBINFile>(*this);
             if (m_oBinFile->Initialize(path, 0, &oListView)) m_oBinFile->Show(0);
         });
@@ -294,22 +283,13 @@ void frmMain::oFile_DblClick() {
                 oStatusBar.SetPanelText(1, "ASCII Formated File");
                 // From here on errors no longer end the preview.
                 std::string text;
-                bool failed = false;
-                try {
+                bool failed = !PassOver([&] {
                     if (!m_oBinFile) m_oBinFile = std::make_unique<CBINFile>(*this);
                     std::string path = SelectedPath();
                     text = m_oBinFile->ReadAll(path, static_cast<int64_t>(tReport.Capacity()) + 1);
-                } catch (const RuntimeError&) {
-                    failed = true;
-                } catch (const std::bad_alloc&) {
-                    failed = true;
-                }
-                try {
-                    tReport.SetText(text);
-                } catch (const RuntimeError&) {
-                    failed = true;
-                }
-                if (failed) Step([&] { tReport.SetText(text.substr(0, kTextCut) + "\r\n..."); });
+                });
+                if (!PassOver([&] { tReport.SetText(text); })) failed = true;
+                if (failed) PassOver([&] { tReport.SetText(text.substr(0, kTextCut) + "\r\n..."); });
                 break;
             }
             case fkGame: {
@@ -333,10 +313,10 @@ void frmMain::oFile_DblClick() {
         }
         screen.SetMousePointer(0);
     } catch (const RuntimeError& e) {
-        Step([&] { oStatusBar.SetPanelText(1, e.Description); });
+        PassOver([&] { oStatusBar.SetPanelText(1, e.Description); });
         screen.SetMousePointer(0);
     } catch (const std::bad_alloc&) {
-        Step([&] { oStatusBar.SetPanelText(1, VbErrorDescription(vbErrOutOfMemory)); });
+        PassOver([&] { oStatusBar.SetPanelText(1, VbErrorDescription(vbErrOutOfMemory)); });
         screen.SetMousePointer(0);
     }
 }
@@ -348,28 +328,25 @@ void frmMain::oFile_KeyPress(int16_t& KeyAscii) {
 // ---- Folder navigation --------------------------------------------------------
 
 void frmMain::oDir_Change() {
-    Step([&] { oFile.SetPath(oDir.Path()); });
+    PassOver([&] { oFile.SetPath(oDir.Path()); });
 }
 
 void frmMain::oDir_KeyPress(int16_t& KeyAscii) {
     if (KeyAscii != vbKeyReturn) return;
-    Step([&] { oDir.SetPath(oDir.List(oDir.ListIndex)); });
+    PassOver([&] { oDir.SetPath(oDir.List(oDir.ListIndex)); });
 }
 
 void frmMain::oDrive_Change() {
     const std::string remembered = oDir.Path();
-    try {
-        oDir.SetPath(oDrive.Drive());
-    } catch (const RuntimeError&) {
-        Step([&] { oDir.SetPath(remembered); });
-        // The system drive is the fallback; a system drive that can't be read
-        // itself ends here rather than going round again.
-        if (oDrive.Drive() != g_sSystemDrive) Step([&] { oDrive.SetDrive(g_sSystemDrive); });
-    }
+    if (PassOver([&] { oDir.SetPath(oDrive.Drive()); })) return;
+    PassOver([&] { oDir.SetPath(remembered); });
+    // The system drive is the fallback; a system drive that can't be read
+    // itself ends here rather than going round again.
+    if (oDrive.Drive() != g_sSystemDrive) PassOver([&] { oDrive.SetDrive(g_sSystemDrive); });
 }
 
 void frmMain::oFolderTbar_ButtonClick(int32_t index) {
-    Step([&] {
+    PassOver([&] {
         switch (index) {
             case 1: oDir.SetPath(g_sGameFolder); break;
             case 2: oDir.SetPath(App::Path()); break;
@@ -418,8 +395,8 @@ void frmMain::mnuSubTools_Click(int16_t Index) {
 }
 
 void frmMain::oToolbar_ButtonClick(int32_t index) {
-    Step([&] { screen.SetMousePointer(11); });
-    Step([&] {
+    PassOver([&] { screen.SetMousePointer(11); });
+    PassOver([&] {
         switch (index) {
             case 2:
                 screen.SetMousePointer(0);
@@ -430,7 +407,7 @@ void frmMain::oToolbar_ButtonClick(int32_t index) {
             default: break;
         }
     });
-    Step([&] { screen.SetMousePointer(0); });
+    PassOver([&] { screen.SetMousePointer(0); });
 }
 
 void frmMain::oListView_ColumnClick(int32_t index) {
@@ -462,7 +439,7 @@ void frmMain::tReport_Change() { oVScroll.SetEnabled(!tReport.Text().empty()); }
 
 void frmMain::tReport_KeyDown(int16_t& KeyCode, int16_t Shift) {
     if (!oVScroll.Visible()) return;
-    Step([&] {
+    PassOver([&] {
         switch (KeyCode) {
             case vbKeyHome:
                 if (oVScroll.Value() != oVScroll.Min()) oVScroll.SetValue(oVScroll.Min());

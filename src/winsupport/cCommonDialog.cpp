@@ -101,7 +101,6 @@ void cCommonDialog::ParseMultiFileName(std::string& sFolder, std::vector<std::st
     const size_t end = m_sFileName.find(std::string(2, '\0'));
     if (end != std::string::npos) {
         const std::string list = m_sFileName.substr(0, end);
-        if (list.empty()) return;
         size_t start = 0;
         for (;;) {
             const size_t zero = list.find('\0', start);

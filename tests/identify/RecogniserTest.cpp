@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "fixtures/ByteWriter.h"
 #include "identify/CNerhaltFiles.h"
 #include "identify/modGlobal.h"
 #include "platform/Files.h"
+#include "platform/Runtime.h"
 
 using fixtures::ByteWriter;
 using fixtures::TempDir;
@@ -155,4 +158,62 @@ TEST(PadSizeTest, RightAlignsInSixteenCharacters) {
     EXPECT_EQ(PadSize(1234), "            1234");
     EXPECT_EQ(PadSize(0), std::string(15, ' ') + "0");
     EXPECT_EQ(PadSize(-5).size(), 16u);
+}
+
+namespace {
+
+// A class in charge whose binding fails the way each case says.
+class FailingObject : public CNerhaltFile {
+public:
+    explicit FailingObject(int kind) : kind_(kind) {}
+    bool Initialize(const std::string&, int32_t, ListView*) override {
+        if (kind_ == 1) RaiseError(vbErrPathFileAccess);
+        if (kind_ == 2) throw std::bad_alloc();
+        return true;
+    }
+
+private:
+    int kind_;
+};
+
+class FailingRecogniser : public CNerhaltFiles {
+public:
+    int Kind = 0;      // 0 binds, 1 raises, 2 runs out of memory
+    bool NoObject = false;  // the object itself can't be made
+
+protected:
+    std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t) override {
+        if (NoObject) throw std::bad_alloc();
+        return std::make_unique<FailingObject>(Kind);
+    }
+};
+
+}  // namespace
+
+TEST(RecogniserFailures, ArePassedOverAndTheAnswerKeptIsTheNewOne) {
+    TempDir dir;
+    const std::string good = dir / "good.pak";
+    const std::string bad = dir / "bad.pak";
+    WriteFile(good, Head(0x6E71, 0x097DD4D3, 12));
+    WriteFile(bad, Head(0x6E71, 0x097DD4D3, 12));
+    struct Case { int kind; bool noObject; bool hasObject; };
+    const Case cases[] = {{1, false, true}, {2, false, true}, {0, true, false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.kind);
+        FailingRecogniser files;
+        ASSERT_TRUE(files.Initialize(good, 0, nullptr));
+        files.Kind = c.kind;
+        files.NoObject = c.noObject;
+        bool answer = true;
+        EXPECT_NO_THROW(answer = files.Initialize(bad, 0, nullptr));
+        // Without an object the head alone answers; a failed binding is false.
+        EXPECT_EQ(answer, !c.hasObject);
+        EXPECT_EQ(files.FileObject() != nullptr, c.hasObject);
+        EXPECT_EQ(files.Name(), "DCL Imploding Packed File");
+        // The same path again answers what the failed call answered.
+        EXPECT_EQ(files.Initialize(bad, 0, nullptr), answer);
+        files.Kind = 0;
+        files.NoObject = false;
+        EXPECT_TRUE(files.Initialize(good, 0, nullptr));
+    }
 }

@@ -48,6 +48,9 @@ TEST_F(BatchDialog, PatternsArePrefixAndTailWithoutQuestionMarks) {
     EXPECT_TRUE(Match("a*b", "axxx"));  // no "." in the pattern: the prefix alone
     EXPECT_TRUE(Match(" Name.TXT ", "name.txt  "));
     EXPECT_FALSE(Match("n?me.txt", "name.txt"));
+    EXPECT_TRUE(Match("\xE9t\xE9*.pic", "\xC9T\xC9.PIC"));
+    EXPECT_TRUE(Match("*.\x9Cuf", "x.\x8CUF"));
+    EXPECT_FALSE(Match("stra\xDF" "e", "STRASSE"));
     EXPECT_TRUE(Match("*.*", "anything"));
     EXPECT_FALSE(Match("   ", "x"));
     // The tail is tested on the file name, behind the last folder separator.

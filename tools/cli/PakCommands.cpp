@@ -101,12 +101,9 @@ int PakSave(const std::vector<std::string>& args) {
     const std::string& path = positional[0];
     const std::string& out = positional[2];
     int32_t index = 0;
-    try {
-        if (positional[1].find_first_not_of("0123456789") != std::string::npos) throw RuntimeError(13, "", "");
-        index = VbCLng(positional[1]);
-    } catch (const RuntimeError&) {
+    if (positional[1].find_first_not_of("0123456789") != std::string::npos ||
+        !PassOver([&] { index = VbCLng(positional[1]); }))
         return PakFail("INDEX must be a member number from 1, not '" + positional[1] + "'");
-    }
 
     ListView lv{"oListView"};
     CPAKFile pak;

@@ -98,11 +98,8 @@ int RunHex(const std::vector<std::string>& args) {
     for (size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--page") {
             if (i + 1 >= args.size()) return Fail("--page needs a number");
-            try {
-                page = VbCLng(args[++i]);
-            } catch (const RuntimeError&) {
+            if (!PassOver([&] { page = VbCLng(args[++i]); }))
                 return Fail("--page needs a number, not '" + args[i] + "'");
-            }
         } else if (path.empty()) {
             path = args[i];
         } else {

@@ -21,16 +21,14 @@ namespace {
 // The archiver that the settings name, read from the same registry files
 // as the program reads.
 std::string ConfiguredArchiver() {
-    try {
+    return PassOver([] {
         cRegistry registry;
         registry.SetValueType(REG_SZ);
         registry.SetClassKey(HKEY_CURRENT_USER);
         registry.SetSectionKey("Software\\Corvane\\Quarrin");
         registry.SetValueKey("PkzipPath");
         return registry.Value().ToString();
-    } catch (const RuntimeError&) {
-        return {};
-    }
+    }, std::string());
 }
 
 }  // namespace
