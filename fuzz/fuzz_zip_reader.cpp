@@ -1,5 +1,5 @@
-// Reads a ZIP archive of arbitrary bytes and decodes its first entries in
-// memory. Aborts when an entry gives more than its declared size, when one
+// Reads a ZIP archive of arbitrary bytes through the file source that the
+// archiver opens, and decodes its first entries in memory. Aborts when an entry gives more than its declared size, when one
 // taken as whole gave less, or when a name taken as safe could leave its
 // folder.
 #include <cstddef>
@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "FuzzFile.h"
 #include "pak/MemberPath.h"
 #include "pak/ZipReader.h"
 
@@ -28,9 +29,12 @@ void CheckName(const std::string& name) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    MemoryZipSource source(data, size);
-    ZipReader reader;
+    static FuzzFile input("quarrin-fuzz-zip");
+    input.Write(data, size);
+    FileZipSource source;
     std::string error;
+    if (!source.Open(input.Path(), error)) std::abort();
+    ZipReader reader;
     if (!reader.Open(source, error)) return 0;
     int count = 0;
     for (const ZipEntry& entry : reader.Entries()) {
