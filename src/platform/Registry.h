@@ -15,9 +15,9 @@
 // A write changes only the lines of what it writes; the rest of the file, a
 // person's comments, lines the reader passes over, sections of other roots,
 // blank lines and the file's line ends, stays byte for byte (see the edits of
-// regtext below). A file that does not exist yet is written whole. A hive file
-// of more than 4 MB is not read (like a damaged one, below), so a write that
-// would make the file larger is refused with ERROR_NOT_ENOUGH_MEMORY.
+// regtext in RegistryText.h). A file that does not exist yet is written whole.
+// A hive file of more than 4 MB is not read (like a damaged one, below), so a
+// write that would make the file larger is refused with ERROR_NOT_ENOUGH_MEMORY.
 //
 // Keys nest at most 512 deep below their root. A hive file that holds a
 // deeper key is damaged: like a file that can't be read, it reads as an empty
@@ -120,56 +120,5 @@ DWORD ExpandEnvironmentStringsA(const char* lpSrc, char* lpDst, DWORD nSize);
 // for a root that has no file.
 std::string RegHiveFile(HKEY hKey);
 
-// The hive text format on its own, for tools and the fuzz target.
-namespace regtext {
-struct Value {
-    std::string name;  // empty for the default value
-    DWORD type = REG_NONE;
-    std::string data;  // the stored bytes
-};
-struct Section {
-    std::vector<std::string> path;  // key names below the root
-    std::vector<Value> values;
-};
-// Parses the text of a hive of root `rootName` ("HKEY_CURRENT_USER"). Sections
-// of another root and lines it can't read are passed over. Sections come in
-// the order of the text, possibly repeated. A key deeper than 512 levels makes
-// the text a damaged hive: nothing of it is read, and `damaged` (when given)
-// is set.
-std::vector<Section> Parse(const std::string& text, const std::string& rootName, bool* damaged = nullptr);
-// One value's line or lines, as the hive file holds it.
-std::string FormatValue(const Value& value);
-// Reads a hive text into keys and writes them back out in order of name, as a
-// hive is written when nothing of its file is to be kept.
-std::string Canonical(const std::string& text, const std::string& rootName);
-
-// Edits of a hive text. Each gives the text with one change made, and every
-// line that is not part of the change stays as it was, line end included. The
-// lines of a value are its line and the lines that continue it after a line
-// ending in a backslash; the lines of a key are its section headers and the
-// lines of its values. New lines take the line end of the text's first line;
-// a last line without a line end gets one when a line is put behind it, and
-// behind a value that the text ends in the middle of (its last line asks for
-// one more) a blank line ends the value first.
-// `key` names the key's path below the root, spelled as it is to be written.
-// An empty text is a new hive file, "REGEDIT4" and nothing else; a damaged
-// text is given back unchanged.
-//
-// Sets a value: its last line or lines in the key's sections are replaced,
-// and a value the key does not have yet goes at the end of the key's last
-// section (behind its last line that is not blank and not a comment). A key
-// without a section of its own gets one, appended at the end of the text.
-std::string WithValue(const std::string& text, const std::string& rootName, const std::vector<std::string>& key,
-                      const Value& value);
-// Removes every line of the value `name` of the key.
-std::string WithoutValue(const std::string& text, const std::string& rootName, const std::vector<std::string>& key,
-                         const std::string& name);
-// Adds a key that does not exist yet: a section of its own is appended at the
-// end of the text, set off by a blank line.
-std::string WithKey(const std::string& text, const std::string& rootName, const std::vector<std::string>& key);
-// Removes a key that has no sub-keys: its section headers, each with a blank
-// line right in front of it, and its values' lines. Comments and lines the
-// reader passes over inside its sections stay. When the key was all that kept
-// its parent key, the first of its headers becomes the parent's header.
-std::string WithoutKey(const std::string& text, const std::string& rootName, const std::vector<std::string>& key);
-}  // namespace regtext
+// The hive text format (namespace regtext).
+#include "platform/RegistryText.h"
