@@ -9,6 +9,8 @@
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
 #include "identify/CNerhaltFiles.h"
+#include "identify/IFileHost.h"
+#include "shell/GameFileClasses.h"
 #include "shell/frmMain.h"
 
 namespace {
@@ -43,8 +45,8 @@ BENCHMARK(BareOpenReadClose);
 // so that every round really reads (the same path again costs nothing).
 void RecogniseAndFirstPage(benchmark::State& state) {
     std::string paths[2] = {Dir() / "a.ftl", Dir() / "b.ftl"};
-    frmMain form;
-    CNerhaltFiles files;
+    FileHost form;
+    CNerhaltFiles files{GameFileClasses(form)};
     CBINFile bin(form);
     int i = 0;
     for (auto _ : state) {

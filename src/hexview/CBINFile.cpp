@@ -5,14 +5,14 @@
 #include "hexview/HexPage.h"
 #include "identify/modGlobal.h"
 #include "platform/Runtime.h"
-#include "shell/frmMain.h"
+#include "identify/IFileHost.h"
 
-CBINFile::CBINFile(frmMain& owner) : owner_(owner) {
-    changeToken_ = owner_.oVScroll.Change.Connect([this] { m_oVScroll_Change(); });
+CBINFile::CBINFile(IFileHost& host) : host_(host) {
+    changeToken_ = host_.PageBar().Change.Connect([this] { m_oVScroll_Change(); });
 }
 
 CBINFile::~CBINFile() {
-    owner_.oVScroll.Change.Disconnect(changeToken_);
+    host_.PageBar().Change.Disconnect(changeToken_);
     if (m_hFile > 0) _lclose(m_hFile);
 }
 
@@ -23,7 +23,7 @@ bool CBINFile::Initialize(const std::string& lpPathName, int32_t hDesDC, ListVie
     m_hDesDC = hDesDC;
     if (lpPathName == m_sPathName) return true;
     // Still shows the old file if the bar moves here.
-    PassOver([&] { owner_.oVScroll.SetValue(0); });
+    PassOver([&] { host_.PageBar().SetValue(0); });
     m_sPathName = lpPathName;
     if (m_hFile > 0) _lclose(m_hFile);
     m_hFile = _lopen(lpPathName, OF_READ);
@@ -47,13 +47,13 @@ bool CBINFile::Show(int32_t hDesDC) {
     do {
         showAgain_ = false;
         try {
-            owner_.tReport.SetText({});
-            owner_.oVScroll.SetMax(HexLastPage(m_lFileLength));
-            int64_t offset = static_cast<int64_t>(owner_.oVScroll.Value()) * kHexPageBytes;
+            host_.ReportPane().SetText({});
+            host_.PageBar().SetMax(HexLastPage(m_lFileLength));
+            int64_t offset = static_cast<int64_t>(host_.PageBar().Value()) * kHexPageBytes;
             complete = false;
             if (_llseek(m_hFile, static_cast<int32_t>(offset), FILE_BEGIN) >= 0)
                 complete = _lread(m_hFile, m_abPage, kHexPageBytes) == kHexPageBytes;
-            owner_.tReport.SetText(FormatHexPage(m_abPage, offset, m_lFileLength));
+            host_.ReportPane().SetText(FormatHexPage(m_abPage, offset, m_lFileLength));
         } catch (const RuntimeError&) {
         }
         DoEvents();

@@ -9,12 +9,12 @@
 #include "platform/Files.h"
 
 class ListView;
-class frmMain;
+class IFileHost;
 
 class CBINFile {
 public:
     // Binds the object to the main window's scroll bar, whose changes repaint.
-    explicit CBINFile(frmMain& owner);
+    explicit CBINFile(IFileHost& host);
     ~CBINFile();
     CBINFile(const CBINFile&) = delete;
     CBINFile& operator=(const CBINFile&) = delete;
@@ -38,7 +38,7 @@ public:
 private:
     void m_oVScroll_Change();
 
-    frmMain& owner_;
+    IFileHost& host_;
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;
     ListView* m_oLv = nullptr;

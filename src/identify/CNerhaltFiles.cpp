@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "meshes/CMeshFile.h"
-#include "pak/CPAKFile.h"
+#include "platform/LittleEndian.h"
+#include "platform/Runtime.h"
 
 namespace {
 
@@ -30,21 +30,6 @@ constexpr NerhaltType kTypes[] = {
     {0x0EC4F345, "VoxelTile", "vtl", false, false},
 };
 
-// Reads up to four bytes into a field. The bytes that the file doesn't have
-// keep what the field held before.
-int32_t ReadLong(HFILE h, int32_t& field) {
-    unsigned char bytes[4];
-    int32_t n = _lread(h, bytes, 4);
-    if (n <= 0) return 0;
-    auto value = static_cast<uint32_t>(field);
-    for (int32_t i = 0; i < n; ++i) {
-        value &= ~(0xFFu << (8 * i));
-        value |= static_cast<uint32_t>(bytes[i]) << (8 * i);
-    }
-    field = static_cast<int32_t>(value);
-    return n;
-}
-
 }  // namespace
 
 const NerhaltType* FindNerhaltType(int32_t id) {
@@ -59,12 +44,7 @@ const NerhaltType* NerhaltTypes(size_t& count) {
 }
 
 std::unique_ptr<CNerhaltFile> CNerhaltFiles::CreateFileObject(int32_t id) {
-    switch (id) {
-        case 0x00553C98:
-        case 0x05463C98: return std::make_unique<CMeshFile>();
-        case 0x097DD4D3: return std::make_unique<CPAKFile>();
-        default: return nullptr;
-    }
+    return m_fnCreate ? m_fnCreate(id) : nullptr;
 }
 
 CNerhaltFiles::~CNerhaltFiles() {

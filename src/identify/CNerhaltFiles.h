@@ -1,8 +1,11 @@
 #pragma once
 // The type recogniser: reads the first eight bytes of a file, names its type
-// from the table of game file types, creates the class that handles the type
-// when there is one, and from then on stands in front of that object.
+// from the table of game file types, has the class that handles the type
+// created when there is one, and from then on stands in front of that object.
+// The classes themselves come from the factory that the recogniser is handed,
+// so that identification needs none of them.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -25,9 +28,13 @@ const NerhaltType* FindNerhaltType(int32_t id);
 // The whole table, twenty rows.
 const NerhaltType* NerhaltTypes(size_t& count);
 
+// Creates the object of the class in charge of a type id, or nullptr for a
+// type that the program only names.
+using FileObjectFactory = std::function<std::unique_ptr<CNerhaltFile>(int32_t id)>;
+
 class CNerhaltFiles {
 public:
-    CNerhaltFiles() = default;
+    explicit CNerhaltFiles(FileObjectFactory factory = {}) : m_fnCreate(std::move(factory)) {}
     virtual ~CNerhaltFiles();
     CNerhaltFiles(const CNerhaltFiles&) = delete;
     CNerhaltFiles& operator=(const CNerhaltFiles&) = delete;
@@ -52,8 +59,7 @@ public:
     CNerhaltFile* FileObject() const { return m_oFile.get(); }
 
 protected:
-    // The object of the class in charge of a type, or nullptr for a type that
-    // the program only names.
+    // The object of the class in charge of a type, from the factory.
     virtual std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t id);
 
 private:
@@ -68,5 +74,6 @@ private:
     int32_t m_lId = 0;
     std::string m_sName;
     std::string m_sExtension;
+    FileObjectFactory m_fnCreate;
     std::unique_ptr<CNerhaltFile> m_oFile;
 };

@@ -6,7 +6,6 @@
 #include <string>
 
 class cCommonDialog;
-class cRegistry;
 
 // The folder separator of paths. A drive's root is the platform's root.
 inline constexpr char g_cPathSep = '/';
@@ -25,10 +24,8 @@ extern std::string g_sShortCutPath;
 // first open).
 extern int16_t g_vPrintFile;
 
-// The shared registry and common dialog objects, created on first use.
-extern std::unique_ptr<cRegistry> g_oRegistry;
+// The shared common dialog object, created on first use.
 extern std::unique_ptr<cCommonDialog> g_oCommonDialog;
-cRegistry& Registry();
 cCommonDialog& CommonDialog();
 
 // The platform id that the system reports: 1 on the 9x family, 2 on NT. This

@@ -6,8 +6,8 @@
 #include <new>
 
 #include "identify/modGlobal.h"
+#include "platform/LittleEndian.h"
 #include "platform/MessageBox.h"
-#include "shell/frmMain.h"
 #include "winsupport/cCommonDialog.h"
 
 namespace {
@@ -34,28 +34,14 @@ CMeshFile::~CMeshFile() {
     if (m_hFile != 0) _lclose(m_hFile);
 }
 
-int32_t CMeshFile::ReadLong(int32_t& field) {
-    unsigned char bytes[4];
-    int32_t n = _lread(m_hFile, bytes, 4);
-    if (n <= 0) return 0;
-    // The bytes that the file doesn't have keep what the field held before.
-    auto value = static_cast<uint32_t>(field);
-    for (int32_t i = 0; i < n; ++i) {
-        value &= ~(0xFFu << (8 * i));
-        value |= static_cast<uint32_t>(bytes[i]) << (8 * i);
-    }
-    field = static_cast<int32_t>(value);
-    return n;
-}
-
 int32_t CMeshFile::ReadHeader(MeshFileHeader& header) {
-    int32_t bytesRead = ReadLong(header.lSignature);
-    bytesRead += ReadLong(header.lFormatId);
-    bytesRead += ReadLong(header.lField2);
-    bytesRead += ReadLong(header.lField3);
-    bytesRead += ReadLong(header.lField4);
-    bytesRead += ReadLong(header.lInnerOffset);
-    bytesRead += ReadLong(header.lField6);
+    int32_t bytesRead = ReadLong(m_hFile, header.lSignature);
+    bytesRead += ReadLong(m_hFile, header.lFormatId);
+    bytesRead += ReadLong(m_hFile, header.lField2);
+    bytesRead += ReadLong(m_hFile, header.lField3);
+    bytesRead += ReadLong(m_hFile, header.lField4);
+    bytesRead += ReadLong(m_hFile, header.lInnerOffset);
+    bytesRead += ReadLong(m_hFile, header.lField6);
     return bytesRead;
 }
 
@@ -91,7 +77,7 @@ std::string CMeshFile::Information() { return m_bValid ? "Mesh File" : std::stri
 // can fill are stored; the others read as zeros.
 template <class T>
 bool CMeshFile::ReadTable(int32_t& count, MeshTable<T>& table, int64_t fileEnd) {
-    ReadLong(count);
+    ReadLong(m_hFile, count);
     if (count < 0 || static_cast<int64_t>(count) * static_cast<int64_t>(sizeof(T)) > INT32_MAX) {
         table.Clear();
         return false;
@@ -111,7 +97,7 @@ bool CMeshFile::ReadTable(int32_t& count, MeshTable<T>& table, int64_t fileEnd) 
 
 bool CMeshFile::ReadCountedText(MeshText& text) {
     text.sText.clear();
-    const bool lengthRead = ReadLong(text.lLength) == 4;
+    const bool lengthRead = ReadLong(m_hFile, text.lLength) == 4;
     if (text.lLength <= 0) return lengthRead;
     // The text grows with what the file really gives, so a length that runs
     // past the end of the file costs no memory for the part that isn't there.
@@ -128,7 +114,7 @@ bool CMeshFile::ReadCountedText(MeshText& text) {
 }
 
 bool CMeshFile::ReadTextureInfos(int64_t fileEnd) {
-    ReadLong(m_lTextureInfoCount);
+    ReadLong(m_hFile, m_lTextureInfoCount);
     const int32_t count = m_lTextureInfoCount;
     if (count < 0 || static_cast<int64_t>(count) * kMeshTextureInfoMinSize > INT32_MAX) {
         m_aTextureInfos.Clear();
@@ -141,7 +127,7 @@ bool CMeshFile::ReadTextureInfos(int64_t fileEnd) {
         bool ended = Position(m_hFile) >= fileEnd;
         for (int32_t i = 0; i < count && !ended; ++i) {
             MeshTextureInfo info;
-            ended = ReadLong(info.lHead) < 4;
+            ended = ReadLong(m_hFile, info.lHead) < 4;
             for (MeshText& text : info.aText)
                 if (!ReadCountedText(text)) ended = true;
             if (_lread(m_hFile, info.abTail, sizeof info.abTail) != static_cast<int32_t>(sizeof info.abTail))
@@ -230,8 +216,8 @@ std::string CMeshFile::ReportText(size_t capacity, TextFilter shown) {
 }
 
 bool CMeshFile::Show(int32_t hDesDC) {
-    if (m_hFile == 0) return false;
-    TextBox& pane = MainForm().tReport;
+    if (m_hFile == 0 || host_ == nullptr) return false;
+    TextBox& pane = host_->ReportPane();
     try {
         pane.SetText(ReportText(pane.Capacity()));
     } catch (const std::exception&) {
@@ -258,12 +244,12 @@ namespace {
 
 // The export's target, from the shared save dialog. Raises the dialog's
 // failure 20001 when the user cancels.
-std::string ChooseTarget(const std::string& sFileName) {
+std::string ChooseTarget(const std::string& sFileName, int32_t hOwner) {
     cCommonDialog& dialog = CommonDialog();
     // The path must exist; nothing else, so that the replace question is ours.
     dialog.Setflags(static_cast<int32_t>(OFN_PATHMUSTEXIST));
     dialog.SetFilter("Direct X Model (*.x)|*.x");
-    dialog.Sethwnd(MainForm().hWnd());
+    dialog.Sethwnd(hOwner);
     dialog.SetCancelError(true);
     dialog.SetFilename(sFileName);
     dialog.SetFilterIndex(1);
@@ -326,7 +312,7 @@ MeshExport CMeshFile::ExportModel() {
     }
     std::string path;
     try {
-        path = ChooseTarget(m_sFileName);
+        path = ChooseTarget(m_sFileName, (host_ ? host_->OwnerWindow() : 0));
     } catch (const std::exception&) {
         return MeshExport::Cancelled;
     }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "identify/CNerhaltFile.h"
+#include "identify/IFileHost.h"
 #include "meshes/DirectXModel.h"
 #include "meshes/MeshRecords.h"
 #include "platform/Files.h"
@@ -44,7 +45,10 @@ std::string ExportSizeQuestion(int64_t megabytes);
 
 class CMeshFile : public CNerhaltFile {
 public:
+    // Without a host the object reads and reports its file but has no pane
+    // to show the report in and no window to own its dialogs.
     CMeshFile() = default;
+    explicit CMeshFile(IFileHost& host) : host_(&host) {}
     ~CMeshFile() override;
     CMeshFile(const CMeshFile&) = delete;
     CMeshFile& operator=(const CMeshFile&) = delete;
@@ -101,7 +105,6 @@ public:
     const MeshTable<MeshTextureInfo>& TextureInfos() const { return m_aTextureInfos; }
 
 private:
-    int32_t ReadLong(int32_t& field);
     int32_t ReadHeader(MeshFileHeader& header);
     bool ReadBody();
     template <class T>
@@ -113,6 +116,7 @@ private:
 
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;
+    IFileHost* host_ = nullptr;
     ListView* m_oLv = nullptr;
     std::string m_sPathName;
     bool m_bValid = false;

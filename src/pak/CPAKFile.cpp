@@ -7,29 +7,14 @@
 #include "identify/modGlobal.h"
 #include "pak/ZipWrapper.h"
 #include "platform/FileDialogs.h"
+#include "platform/LittleEndian.h"
 #include "platform/MessageBox.h"
 #include "platform/Runtime.h"
-#include "shell/frmMain.h"
 #include "winsupport/cCommonDialog.h"
 
 CPAKFile::~CPAKFile() {
     m_oLv = nullptr;
     if (m_hFile != 0) _lclose(m_hFile);
-}
-
-// Reads up to four little-endian bytes into a field and gives the number read.
-// Bytes that the file doesn't have keep what the field held.
-int32_t CPAKFile::ReadLong(int32_t& lValue) {
-    uint8_t bytes[4];
-    int32_t n = _lread(m_hFile, bytes, 4);
-    if (n <= 0) return 0;
-    auto value = static_cast<uint32_t>(lValue);
-    for (int32_t i = 0; i < n; ++i) {
-        value &= ~(0xFFu << (8 * i));
-        value |= static_cast<uint32_t>(bytes[i]) << (8 * i);
-    }
-    lValue = static_cast<int32_t>(value);
-    return n;
 }
 
 bool CPAKFile::Initialize(const std::string& lpPathName, int32_t hDesDC, ListView* oLv) {
@@ -40,11 +25,11 @@ bool CPAKFile::Initialize(const std::string& lpPathName, int32_t hDesDC, ListVie
     if (m_hFile != 0) _lclose(m_hFile);
     m_hFile = _lopen(lpPathName, OF_READ);
     if (m_hFile <= 0) return false;
-    int32_t lRead = ReadLong(m_tHeader.lSignature);
-    lRead += ReadLong(m_tHeader.lFormatId);
-    lRead += ReadLong(m_tHeader.lField2);
-    lRead += ReadLong(m_tHeader.lField3);
-    lRead += ReadLong(m_tHeader.lMemberCount);
+    int32_t lRead = ReadLong(m_hFile, m_tHeader.lSignature);
+    lRead += ReadLong(m_hFile, m_tHeader.lFormatId);
+    lRead += ReadLong(m_hFile, m_tHeader.lField2);
+    lRead += ReadLong(m_hFile, m_tHeader.lField3);
+    lRead += ReadLong(m_hFile, m_tHeader.lMemberCount);
     m_bValid = lRead == 20 && m_tHeader.lFormatId == kPakFormatId;
     return m_bValid;
 }
@@ -76,7 +61,7 @@ bool CPAKFile::Show(int32_t hDesDC) {
     int32_t lOriginalSize = 0;
     std::string sName;
     for (int32_t i = 0; i < m_tHeader.lMemberCount; ++i) {
-        if (ReadLong(lNameLength) != 4) {
+        if (ReadLong(m_hFile, lNameLength) != 4) {
             m_oLv->Refresh();
             return false;
         }
@@ -91,9 +76,9 @@ bool CPAKFile::Show(int32_t hDesDC) {
             int32_t n = _lread(m_hFile, sName.data(), lNameLength);
             sName.resize(n > 0 ? static_cast<size_t>(n) : 0);
         }
-        ReadLong(lOffset);
-        ReadLong(lPackedSize);
-        ReadLong(lOriginalSize);
+        ReadLong(m_hFile, lOffset);
+        ReadLong(m_hFile, lPackedSize);
+        ReadLong(m_hFile, lOriginalSize);
         // The item keeps the numbers as numbers and the extension as a mark
         // on its name; they become the padded texts when they are read.
         ListItem& oItem = m_oLv->Add(sName);
@@ -138,7 +123,7 @@ PakMemberSave CPAKFile::SaveMember() {
         oDialog.SetCancelError(true);
         oDialog.SetFilename(abName);
         oDialog.SetFilterIndex(1);
-        oDialog.Sethwnd(MainForm().hWnd());
+        oDialog.Sethwnd((host_ ? host_->OwnerWindow() : 0));
         outcome = PakMemberSave::Cancelled;
         oDialog.ShowSave();
         const std::string sTarget = oDialog.Filename();

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "identify/CNerhaltFile.h"
+#include "identify/IFileHost.h"
 #include "platform/Files.h"
 
 inline constexpr int32_t kPakFormatId = 0x097DD4D3;
@@ -18,6 +19,8 @@ struct PakHeader {
     int32_t lField3 = 0;
     int32_t lMemberCount = 0;
 };
+// The 20-byte head of a PAK, read field by field.
+static_assert(sizeof(PakHeader) == 20);
 
 // How the save of a member ended. SaveAs tells its caller nothing; the
 // command-line companion wants to know.
@@ -33,7 +36,10 @@ enum class PakMemberSave {
 
 class CPAKFile : public CNerhaltFile {
 public:
+    // Without a host the object lists and saves its members with no window
+    // to own its dialogs.
     CPAKFile() = default;
+    explicit CPAKFile(IFileHost& host) : host_(&host) {}
     ~CPAKFile() override;
     CPAKFile(const CPAKFile&) = delete;
     CPAKFile& operator=(const CPAKFile&) = delete;
@@ -54,13 +60,13 @@ public:
     bool Shown() const { return m_bShown; }
 
 private:
-    int32_t ReadLong(int32_t& lValue);
     // Length of the open archive, by its handle: the file at the path may
     // since have been replaced by another.
     int64_t FileEnd() const;
 
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;
+    IFileHost* host_ = nullptr;
     ListView* m_oLv = nullptr;
     std::string m_sPathName;
     bool m_bValid = false;

@@ -15,6 +15,7 @@
 
 #include "pak/BatchScript.h"
 #include "pak/MemberPath.h"
+#include "platform/LittleEndian.h"
 
 namespace {
 
@@ -26,11 +27,6 @@ constexpr size_t kCentralSize = 46;
 constexpr size_t kLocalSize = 30;
 constexpr size_t kChunk = 64 * 1024;
 
-uint16_t Get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | (p[1] << 8)); }
-uint32_t Get32(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) | (static_cast<uint32_t>(p[2]) << 16) |
-           (static_cast<uint32_t>(p[3]) << 24);
-}
 
 // Bit 0 is encryption, bit 6 strong encryption, bit 13 a masked directory.
 constexpr uint16_t kEncryptedFlags = 0x0001 | 0x0040 | 0x2000;
@@ -114,10 +110,11 @@ bool ZipReader::Open(const ZipSource& source, std::string& error) {
     }
     int64_t endAt = -1;
     int64_t looseAt = -1;
+    const ByteCursor tailBytes(tail.data(), tail.size());
     for (int64_t i = tailSize - static_cast<int64_t>(kEndSize); i >= 0; --i) {
-        const uint8_t* p = tail.data() + i;
-        if (Get32(p) != kEndSignature) continue;
-        int64_t commentEnd = i + static_cast<int64_t>(kEndSize) + Get16(p + 20);
+        const ByteCursor p = tailBytes.Sub(static_cast<size_t>(i), kEndSize);
+        if (p.LongAt(0) != kEndSignature) continue;
+        int64_t commentEnd = i + static_cast<int64_t>(kEndSize) + p.WordAt(20);
         if (commentEnd == tailSize) {
             endAt = i;
             break;
@@ -129,14 +126,14 @@ bool ZipReader::Open(const ZipSource& source, std::string& error) {
         error = "no end of central directory record: not a ZIP archive, or cut short";
         return false;
     }
-    const uint8_t* end = tail.data() + endAt;
+    const ByteCursor end = tailBytes.Sub(static_cast<size_t>(endAt), kEndSize);
     const int64_t endOffset = size - tailSize + endAt;
-    const uint16_t disk = Get16(end + 4);
-    const uint16_t cdDisk = Get16(end + 6);
-    const uint16_t entriesHere = Get16(end + 8);
-    const uint16_t entriesTotal = Get16(end + 10);
-    const uint32_t cdSize = Get32(end + 12);
-    const uint32_t cdOffset = Get32(end + 16);
+    const uint16_t disk = end.WordAt(4);
+    const uint16_t cdDisk = end.WordAt(6);
+    const uint16_t entriesHere = end.WordAt(8);
+    const uint16_t entriesTotal = end.WordAt(10);
+    const uint32_t cdSize = end.LongAt(12);
+    const uint32_t cdOffset = end.LongAt(16);
     if (disk != 0 || cdDisk != 0 || entriesHere != entriesTotal) {
         error = "archives spread over several disks are not supported";
         return false;
@@ -160,17 +157,18 @@ bool ZipReader::Open(const ZipSource& source, std::string& error) {
     }
     dataEnd_ = cdOffset;
     entries_.reserve(entriesTotal);
+    const ByteCursor directory(cd.data(), cd.size());
     size_t pos = 0;
     for (uint32_t i = 0; i < entriesTotal; ++i) {
-        if (cd.size() - pos < kCentralSize || Get32(cd.data() + pos) != kCentralSignature) {
+        const ByteCursor c = directory.Sub(pos, cd.size() - pos);
+        if (!c.Holds(0, kCentralSize) || c.LongAt(0) != kCentralSignature) {
             error = "central directory entry " + std::to_string(i + 1) + " is damaged";
             entries_.clear();
             return false;
         }
-        const uint8_t* c = cd.data() + pos;
-        const size_t nameLength = Get16(c + 28);
-        const size_t extraLength = Get16(c + 30);
-        const size_t commentLength = Get16(c + 32);
+        const size_t nameLength = c.WordAt(28);
+        const size_t extraLength = c.WordAt(30);
+        const size_t commentLength = c.WordAt(32);
         const size_t recordSize = kCentralSize + nameLength + extraLength + commentLength;
         if (cd.size() - pos < recordSize) {
             error = "central directory entry " + std::to_string(i + 1) + " runs past the directory";
@@ -178,23 +176,24 @@ bool ZipReader::Open(const ZipSource& source, std::string& error) {
             return false;
         }
         ZipEntry e;
-        e.Flags = Get16(c + 8);
-        e.Method = Get16(c + 10);
-        e.Crc = Get32(c + 16);
-        e.CompressedSize = Get32(c + 20);
-        e.UncompressedSize = Get32(c + 24);
-        e.LocalHeaderOffset = Get32(c + 42);
-        e.Name.assign(reinterpret_cast<const char*>(c + kCentralSize), nameLength);
+        e.Flags = c.WordAt(8);
+        e.Method = c.WordAt(10);
+        e.Crc = c.LongAt(16);
+        e.CompressedSize = c.LongAt(20);
+        e.UncompressedSize = c.LongAt(24);
+        e.LocalHeaderOffset = c.LongAt(42);
+        e.Name.assign(reinterpret_cast<const char*>(c.Data() + kCentralSize), nameLength);
         pos += recordSize;
 
         // The local header must tell the same story as the central one.
         uint8_t local[kLocalSize];
+        const ByteCursor head(local, kLocalSize);
         if (static_cast<int64_t>(e.LocalHeaderOffset) + static_cast<int64_t>(kLocalSize) > dataEnd_ ||
-            !source.ReadAt(e.LocalHeaderOffset, local, kLocalSize) || Get32(local) != kLocalSignature) {
+            !source.ReadAt(e.LocalHeaderOffset, local, kLocalSize) || head.LongAt(0) != kLocalSignature) {
             e.Damage = "no local header at the offset the central directory gives";
         } else {
-            const size_t localNameLength = Get16(local + 26);
-            const size_t localExtraLength = Get16(local + 28);
+            const size_t localNameLength = head.WordAt(26);
+            const size_t localExtraLength = head.WordAt(28);
             e.DataOffset = static_cast<int64_t>(e.LocalHeaderOffset) + static_cast<int64_t>(kLocalSize) +
                            static_cast<int64_t>(localNameLength) + static_cast<int64_t>(localExtraLength);
             std::string localName(localNameLength, '\0');
@@ -203,11 +202,11 @@ bool ZipReader::Open(const ZipSource& source, std::string& error) {
                 e.Damage = "the local header runs past the data";
             } else if (localName != e.Name) {
                 e.Damage = "the local header names another file";
-            } else if (Get16(local + 8) != e.Method) {
+            } else if (head.WordAt(8) != e.Method) {
                 e.Damage = "the local header gives another method";
             } else if (!(e.Flags & kDataDescriptorFlag) &&
-                       (Get32(local + 14) != e.Crc || Get32(local + 18) != e.CompressedSize ||
-                        Get32(local + 22) != e.UncompressedSize)) {
+                       (head.LongAt(14) != e.Crc || head.LongAt(18) != e.CompressedSize ||
+                        head.LongAt(22) != e.UncompressedSize)) {
                 e.Damage = "the local header gives other sizes or another CRC";
             } else if (e.DataOffset + e.CompressedSize > dataEnd_) {
                 e.Damage = "the data runs past the end of the archive's data";

@@ -12,7 +12,7 @@
 #include "platform/MessageBox.h"
 #include "platform/Runtime.h"
 #include "platform/Shell.h"
-#include "shell/frmMain.h"
+#include "controls/ListView.h"
 #include "winsupport/cCommonDialog.h"
 
 namespace {
@@ -22,7 +22,7 @@ bool EndsWithSep(const std::string& s) { return !s.empty() && s.back() == g_cPat
 
 }  // namespace
 
-frmScript::frmScript(frmMain& owner) : ModalForm("frmScript"), owner_(owner) {
+frmScript::frmScript(IScriptOwner& owner) : ModalForm("frmScript"), owner_(owner) {
     Caption = "Unpak";
     lPath1.SetCaption("Pak Location:");
     Command1.Caption = "...";
@@ -75,10 +75,10 @@ void frmScript::Form_Load() {
         cbPath.SetText(start);
         oDirFld.SetPath(start);
     });
-    PassOver([&] { m_bPak = owner_.mnuSubFile[1]->Enabled() && owner_.oListView.Visible(); });
+    PassOver([&] { m_bPak = owner_.SaveOffered() && owner_.MemberList().Visible(); });
     if (m_bPak) {
         PassOver([&] { lPath2.SetCaption("Destination:"); });
-        PassOver([&] { tPak.SetText(owner_.oFile.Path() + g_sPathSep + owner_.oFile.FileName()); });
+        PassOver([&] { tPak.SetText(owner_.FileList().Path() + g_sPathSep + owner_.FileList().FileName()); });
     } else {
         PassOver([&] { lPath2.SetCaption("Script:"); });
     }
@@ -89,9 +89,9 @@ void frmScript::Form_Load() {
     PassOver([&] { Command2.SetVisible(!m_bPak); });
     PassOver([&] { Command1.SetEnabled(!m_bPak); });
     PassOver([&] {
-        m_lTotal = owner_.oListView.Count();
+        m_lTotal = owner_.MemberList().Count();
         m_lSelected = 0;
-        for (const auto& item : owner_.oListView.ItemsInAddOrder()) m_lSelected += item->Selected ? 1 : 0;
+        for (const auto& item : owner_.MemberList().ItemsInAddOrder()) m_lSelected += item->Selected ? 1 : 0;
     });
     PassOver([&] { SetOption(m_lSelected != 0 ? 1 : 0, true); });
 }
@@ -237,7 +237,7 @@ void frmScript::Run() {
     oPBar.SetValue(1);
     oPBar.SetVisible(true);
     PrintToFile(BatchCdLine(sDest));
-    ListView& list = owner_.oListView;
+    ListView& list = owner_.MemberList();
     for (int32_t i = 1; i <= list.Count(); ++i) {
         DoEvents();
         // The dialog may have been cancelled, or the list emptied, meanwhile.

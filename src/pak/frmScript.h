@@ -10,11 +10,27 @@
 #include "controls/Controls.h"
 #include "controls/FileControls.h"
 
-class frmMain;
+class ListView;
+
+// What the dialog reads of the window that opens it.
+class IScriptOwner {
+public:
+    // The list of the open PAK's members.
+    virtual ListView& MemberList() = 0;
+    // The file list, whose selected file is the open PAK.
+    virtual FileListBox& FileList() = 0;
+    // Whether the window offers to save the selected file (the first File
+    // menu entry after Open).
+    virtual bool SaveOffered() const = 0;
+
+protected:
+    IScriptOwner() = default;
+    ~IScriptOwner() = default;
+};
 
 class frmScript : public ModalForm {
 public:
-    explicit frmScript(frmMain& owner);
+    explicit frmScript(IScriptOwner& owner);
 
     Label lPath1{"lPath_1"};
     TextBox tPak{"tPak"};
@@ -67,5 +83,5 @@ private:
     void SetOption(int32_t index, bool value);
     void Run();
 
-    frmMain& owner_;
+    IScriptOwner& owner_;
 };

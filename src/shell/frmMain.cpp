@@ -4,6 +4,7 @@
 
 #include "hexview/CBINFile.h"
 #include "identify/CNerhaltFiles.h"
+#include "shell/GameFileClasses.h"
 #include "identify/modGlobal.h"
 #include "platform/MessageBox.h"
 #include "pak/ZipWrapper.h"
@@ -12,9 +13,6 @@
 #include "winsupport/cRegistry.h"
 
 namespace {
-
-frmMain* g_current = nullptr;
-std::unique_ptr<frmMain> g_owned;
 
 // The extensions of the files shown as text, compared in upper case.
 bool IsTextExtension(const std::string& ext) {
@@ -28,15 +26,7 @@ constexpr size_t kTextCut = 32000;
 
 }  // namespace
 
-frmMain& MainForm() {
-    if (g_current == nullptr) g_owned = std::make_unique<frmMain>();
-    return *g_current;
-}
-
-bool HasMainForm() { return g_current != nullptr; }
-
 frmMain::frmMain() : Form("frmMain") {
-    g_current = this;
     Caption = "Quarrin (beta version)";
     // Sizes in twips; the window's outer size holds the client area of
     // 9135 x 7830 with its frame, caption and menu bar.
@@ -122,7 +112,6 @@ frmMain::~frmMain() {
     // The file objects end before the controls they reach.
     m_oGameFiles.reset();
     m_oBinFile.reset();
-    if (g_current == this) g_current = nullptr;
 }
 
 // ---- Start-up and shutdown ------------------------------------------------
@@ -233,7 +222,7 @@ void frmMain::oFile_Click() {
 
     bool game = false;
     PassOver([&] {
-        if (!m_oGameFiles) m_oGameFiles = std::make_unique<CNerhaltFiles>();
+        if (!m_oGameFiles) m_oGameFiles = std::make_unique<CNerhaltFiles>(GameFileClasses(*this));
         game = m_oGameFiles->Initialize(path, oImg.hDC, &oListView);
     });
     if (game) {
@@ -266,7 +255,7 @@ void frmMain::oFile_Click() {
 
 void frmMain::oFile_DblClick() {
     const std::string ext = VbUCase(GetFileExt(oFile.FileName()));
-    // A wave file is played or stopped by the wave player, never previewed.
+    // A wave file has no preview.
     if (ext == "WAV") return;
 
     try {

@@ -12,6 +12,8 @@
 #include "controls/Controls.h"
 #include "controls/FileControls.h"
 #include "controls/ListView.h"
+#include "identify/IFileHost.h"
+#include "pak/frmScript.h"
 
 class CNerhaltFiles;
 class CBINFile;
@@ -26,7 +28,7 @@ inline constexpr int16_t vbKeyPageDown = 34;
 inline constexpr int16_t vbKeyEnd = 35;
 inline constexpr int16_t vbKeyHome = 36;
 
-class frmMain : public Form {
+class frmMain : public Form, public IFileHost, public IScriptOwner {
 public:
     frmMain();
     ~frmMain() override;
@@ -102,7 +104,7 @@ public:
     void SetSaveOffer(bool on);
     void SetShowOffer(bool on);
     void SetExtractOffer(bool on);
-    bool SaveOffered() const;
+    bool SaveOffered() const override;
     bool ShowOffered() const;
     bool ExtractOffered() const;
 
@@ -112,9 +114,12 @@ public:
     ModalHook ShowModalForm;
     // Closes the window; the front end fills it.
     std::function<void()> CloseWindow;
-};
 
-// The one main window, through which the file classes reach its controls. A
-// new frmMain becomes the current one; MainForm() creates one if there is none.
-frmMain& MainForm();
-bool HasMainForm();
+    // ---- What the file classes and the Unpak dialog reach ----------------------
+    TextBox& ReportPane() override { return tReport; }
+    PictureBox& PicturePane() override { return oPicture; }
+    ListView& MemberList() override { return oListView; }
+    ScrollBar& PageBar() override { return oVScroll; }
+    int32_t OwnerWindow() const override { return hWnd(); }
+    FileListBox& FileList() override { return oFile; }
+};

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "identify/modGlobal.h"
+#include "platform/LittleEndian.h"
 #include "platform/Registry.h"
 #include "platform/Runtime.h"
 
@@ -123,10 +124,7 @@ Variant cRegistry::Value() {
             uint8_t bytes[4] = {0, 0, 0, 0};
             DWORD got = 4;
             RegQueryValueExA(hKey, m_sValueKey, nullptr, &type, bytes, &got);
-            const auto value = static_cast<int32_t>(static_cast<uint32_t>(bytes[0]) |
-                                                    (static_cast<uint32_t>(bytes[1]) << 8) |
-                                                    (static_cast<uint32_t>(bytes[2]) << 16) |
-                                                    (static_cast<uint32_t>(bytes[3]) << 24));
+            const auto value = static_cast<int32_t>(ByteCursor(bytes, sizeof bytes).LongAt(0));
             result = Variant(type == REG_DWORD_BIG_ENDIAN ? SwapEndian(value) : value);
             break;
         }

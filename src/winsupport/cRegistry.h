@@ -6,6 +6,7 @@
 // open between calls. Failures are raised as RuntimeError with the source
 // App::EXEName() + ".cRegistry".
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -77,3 +78,7 @@ private:
     [[noreturn]] void Raise(int32_t number, const std::string& description) const;
     std::string SetValueFailure() const;
 };
+// The shared registry object, created on first use.
+extern std::unique_ptr<cRegistry> g_oRegistry;
+cRegistry& Registry();
+

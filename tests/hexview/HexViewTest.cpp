@@ -3,7 +3,7 @@
 #include "fixtures/ByteWriter.h"
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
-#include "shell/frmMain.h"
+#include "identify/IFileHost.h"
 
 using fixtures::TempDir;
 using fixtures::WriteFile;
@@ -80,7 +80,7 @@ TEST(HexPageFormat, LastPageReachesTheLastByteUpToTheLimit) {
 class BinFile : public ::testing::Test {
 protected:
     TempDir dir;
-    frmMain form;
+    FileHost form;
     CBINFile bin{form};
 };
 

@@ -7,6 +7,7 @@
 #include "identify/modGlobal.h"
 #include "platform/Files.h"
 #include "platform/Runtime.h"
+#include "shell/GameFileClasses.h"
 
 using fixtures::ByteWriter;
 using fixtures::TempDir;
@@ -26,7 +27,8 @@ protected:
         return path;
     }
     TempDir dir;
-    CNerhaltFiles files;
+    FileHost host;
+    CNerhaltFiles files{GameFileClasses(host)};
 };
 
 }  // namespace

@@ -51,7 +51,7 @@ protected:
 }  // namespace
 
 TEST_F(MeshExport_, WritesTheWorkedExampleWhereTheUserChose) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, &form.oListView));
     dialogs.Choose(dir / "model.x");
     EXPECT_FALSE(mesh.SaveAs());
@@ -73,7 +73,7 @@ TEST_F(MeshExport_, WritesTheWorkedExampleWhereTheUserChose) {
 }
 
 TEST_F(MeshExport_, AcceptingTheProposedNameAppendsTheExtension) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("box.amh", fixtures::CubeMesh(fixtures::MeshKind::Amh)), 0, nullptr));
     CommonDialog().SetInitDir(dir.Path());
     dialogs.AcceptProposed();
@@ -86,7 +86,7 @@ TEST_F(MeshExport_, AcceptingTheProposedNameAppendsTheExtension) {
 
 TEST_F(MeshExport_, ExportingBeforeAnyShowLoadsTheBodyOnce) {
     std::string path = Write("tri.msh", Triangle());
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(path, 0, nullptr));
     ASSERT_FALSE(mesh.Loaded());
     dialogs.Choose(dir / "first.x");
@@ -98,7 +98,7 @@ TEST_F(MeshExport_, ExportingBeforeAnyShowLoadsTheBodyOnce) {
 }
 
 TEST_F(MeshExport_, CancellingWritesNothingAndAsksNothing) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, nullptr));
     dialogs.Cancel();
     EXPECT_EQ(mesh.ExportModel(), MeshExport::Cancelled);
@@ -110,7 +110,7 @@ TEST_F(MeshExport_, CancellingWritesNothingAndAsksNothing) {
 }
 
 TEST_F(MeshExport_, AsksBeforeReplacingAndKeepsTheOldFileOnNo) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, nullptr));
     std::string target = dir / "old.x";
     WriteFile(target, "old contents");
@@ -131,7 +131,7 @@ TEST_F(MeshExport_, AsksBeforeReplacingAndKeepsTheOldFileOnNo) {
 }
 
 TEST_F(MeshExport_, ATargetThatCantBeWrittenLeavesNoFile) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("tri.msh", Triangle()), 0, nullptr));
     dialogs.Choose(dir / "no such folder/model.x");
     EXPECT_EQ(mesh.ExportModel(), MeshExport::OpenFailed);
@@ -142,7 +142,7 @@ TEST_F(MeshExport_, ATargetThatCantBeWrittenLeavesNoFile) {
 TEST_F(MeshExport_, AVertexTableThatWasNeverAllocatedWritesNothing) {
     MeshSpec recipe = Triangle();
     recipe.VertexCount = 0x10000000;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("huge.msh", recipe), 0, nullptr));
     WriteFile(dir / "cut.x", "older");
     dialogs.Choose(dir / "cut.x");
@@ -158,7 +158,7 @@ TEST_F(MeshExport_, AVertexTableThatWasNeverAllocatedWritesNothing) {
 }
 
 TEST_F(MeshExport_, AnObjectWithoutAFileOpensNoDialog) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     EXPECT_FALSE(mesh.SaveAs());
     EXPECT_EQ(mesh.ExportModel(), MeshExport::NoFile);
     EXPECT_TRUE(dialogs.Requests.empty());
@@ -167,7 +167,7 @@ TEST_F(MeshExport_, AnObjectWithoutAFileOpensNoDialog) {
 TEST_F(MeshExport_, ARefusedFileIsExportedAsRead) {
     MeshSpec recipe = Triangle();
     recipe.KindId = fixtures::kAmhKindId;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_FALSE(mesh.Initialize(Write("mixed.msh", recipe), 0, nullptr));
     dialogs.Choose(dir / "mixed.x");
     EXPECT_EQ(mesh.ExportModel(), MeshExport::Written);
@@ -197,7 +197,7 @@ TEST_F(MeshExport_, AnExportAboveTheLimitAsksFirst) {
         recipe.Vertices.clear();
         recipe.Polygons.clear();
         recipe.VertexCount = c.vertexCount;
-        CMeshFile mesh;
+        CMeshFile mesh{form};
         ASSERT_TRUE(mesh.Initialize(Write("m.msh", recipe), 0, nullptr));
         WriteFile(dir / "old.x", "older");
         ScriptedFileDialogs scriptedDialogs;

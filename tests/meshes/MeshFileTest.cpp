@@ -5,7 +5,7 @@
 #include "fixtures/ByteWriter.h"
 #include "fixtures/MeshBuilder.h"
 #include "meshes/CMeshFile.h"
-#include "shell/frmMain.h"
+#include "identify/IFileHost.h"
 
 using fixtures::BuildMesh;
 using fixtures::LayoutOf;
@@ -64,13 +64,13 @@ protected:
     }
     // Binds a new object to the mesh, shows it and gives the pane's text.
     std::string ReportOf(const MeshSpec& recipe) {
-        CMeshFile mesh;
+        CMeshFile mesh{form};
         mesh.Initialize(Write("r.msh", recipe), 0, &form.oListView);
         EXPECT_FALSE(mesh.Show(0)) << "Show answers false on every path";
         return form.tReport.Text();
     }
     TempDir dir;
-    frmMain form;
+    FileHost form;
 };
 
 }  // namespace
@@ -79,7 +79,7 @@ TEST_F(MeshFile, AcceptsBothKindsWithTheSameInformation) {
     for (MeshKind kind : {MeshKind::Msh, MeshKind::Amh}) {
         MeshSpec recipe = fixtures::CubeMesh(kind);
         recipe.InnerGap = kind == MeshKind::Amh ? 40 : 0;
-        CMeshFile mesh;
+        CMeshFile mesh{form};
         EXPECT_TRUE(mesh.Initialize(Write("m", recipe), 0, &form.oListView));
         EXPECT_EQ(mesh.Information(), "Mesh File");
         EXPECT_EQ(mesh.Width(), -1);
@@ -99,7 +99,7 @@ TEST_F(MeshFile, RefusesMixedKindsAndWrongSignatures) {
     mixed[2].OuterSignature = 0x16E71;
     mixed[3].InnerSignature = 0x6E72;
     for (const MeshSpec& recipe : mixed) {
-        CMeshFile mesh;
+        CMeshFile mesh{form};
         EXPECT_FALSE(mesh.Initialize(Write("mix", recipe), 0, nullptr));
         EXPECT_EQ(mesh.Information(), "");
         EXPECT_EQ(mesh.Width(), -1);
@@ -109,7 +109,7 @@ TEST_F(MeshFile, RefusesMixedKindsAndWrongSignatures) {
 
 TEST_F(MeshFile, NeedsBothHeadersWhole) {
     MeshSpec recipe = Triangle();
-    CMeshFile exact, short55, cutInner, missing;
+    CMeshFile exact{form}, short55{form}, cutInner{form}, missing{form};
     // 56 bytes are two whole headers and no body.
     recipe.Truncate = 56;
     EXPECT_TRUE(exact.Initialize(Write("56", recipe), 0, nullptr));
@@ -128,7 +128,7 @@ TEST_F(MeshFile, ASecondInitializeWithTheSamePathChangesNothing) {
     MeshSpec mixed = Triangle();
     mixed.KindId = fixtures::kAmhKindId;
     std::string path = Write("same.msh", mixed);
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     EXPECT_FALSE(mesh.Initialize(path, 0, nullptr));
     Write("same.msh", Triangle());
     EXPECT_TRUE(mesh.Initialize(path, 0, nullptr));
@@ -143,7 +143,7 @@ TEST_F(MeshFile, ReportOfAMeshWithoutTextureInformationHasFourLines) {
 TEST_F(MeshFile, ReportListsTextureRecordsFromZero) {
     MeshSpec recipe = fixtures::CubeMesh(MeshKind::Amh);
     recipe.Textures.push_back(Texture(0, {"", "b", "", ""}));
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("tex.amh", recipe), 0, nullptr));
     form.tReport.SetText("old");
     EXPECT_FALSE(mesh.Show(0));
@@ -181,7 +181,7 @@ TEST_F(MeshFile, ATextKeepsItsZeroBytes) {
 
 TEST_F(MeshFile, ShowingTwiceReadsTheFileOnce) {
     std::string path = Write("twice.msh", LargeMesh(1));
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(path, 0, nullptr));
     mesh.Show(0);
     std::string first = form.tReport.Text();
@@ -195,7 +195,7 @@ TEST_F(MeshFile, ShowingTwiceReadsTheFileOnce) {
 }
 
 TEST_F(MeshFile, ShowWithoutAFileLeavesThePane) {
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     form.tReport.SetText("kept");
     EXPECT_FALSE(mesh.Show(0));
     EXPECT_EQ(form.tReport.Text(), "kept");
@@ -205,7 +205,7 @@ TEST_F(MeshFile, ARefusedFileIsStillReadWhenShown) {
     MeshSpec recipe = fixtures::CubeMesh();
     recipe.FormatId = fixtures::kIdAMesh;  // with the inner kind of a msh
     recipe.Textures.clear();
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_FALSE(mesh.Initialize(Write("refused", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_EQ(form.tReport.Text(), Counts(8, 12, 0));
@@ -216,7 +216,7 @@ TEST_F(MeshFile, ARefusedFileIsStillReadWhenShown) {
 TEST_F(MeshFile, ANegativeCountStopsTheBody) {
     MeshSpec recipe = fixtures::CubeMesh();
     recipe.TripleCount = -1;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("neg.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());
@@ -234,7 +234,7 @@ TEST_F(MeshFile, ABodyThatFailedIsReadAgainByTheNextShow) {
     MeshSpec recipe = LargeMesh(1);
     recipe.TextureCount = -1;
     std::string path = Write("again.msh", recipe);
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(path, 0, nullptr));
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());
@@ -250,14 +250,14 @@ TEST_F(MeshFile, ACountWhoseByteSizeOverflowsStopsTheBodyButNotTheReport) {
     // 0x08000000 vertices of 16 bytes are 2^31 bytes; one fewer still fits.
     MeshSpec recipe = Triangle();
     recipe.VertexCount = 0x08000000;
-    CMeshFile over;
+    CMeshFile over{form};
     ASSERT_TRUE(over.Initialize(Write("o.msh", recipe), 0, nullptr));
     over.Show(0);
     EXPECT_FALSE(over.Loaded());
     EXPECT_EQ(form.tReport.Text(), Counts(0x08000000, 0, 0));
 
     recipe.VertexCount = 0x07FFFFFF;
-    CMeshFile fits;
+    CMeshFile fits{form};
     ASSERT_TRUE(fits.Initialize(Write("f.msh", recipe), 0, nullptr));
     fits.Show(0);
     EXPECT_TRUE(fits.Loaded());
@@ -276,7 +276,7 @@ TEST_F(MeshFile, AFileThatEndsInsideATableReadsTheRestAsZeros) {
     MeshSpec recipe = fixtures::CubeMesh();
     // Cut in the middle of vertex 3's y.
     recipe.Truncate = LayoutOf(recipe).Body + 4 + 16 * 3 + 6;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("cut.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
@@ -293,7 +293,7 @@ TEST_F(MeshFile, ACountCutByTheEndKeepsTheBytesItHad) {
     MeshSpec recipe = Triangle();
     // Two of the four bytes of the polygon count: 01 00.
     recipe.Truncate = LayoutOf(recipe).PolygonCount + 2;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("c.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
@@ -305,7 +305,7 @@ TEST_F(MeshFile, TextureRecordsBehindTheEndReadAsEmpty) {
     MeshSpec recipe = Triangle();
     recipe.Textures = {Texture(1, {"abc", "", "", ""})};
     recipe.TextureCount = 3;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("t.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
@@ -321,7 +321,7 @@ TEST_F(MeshFile, ATextThatRunsPastTheEndIsPaddedWithZeros) {
     recipe.Textures = {Texture(0, {"abcdef", "", "", ""})};
     recipe.Textures[0].LengthOverride[0] = 9;
     recipe.Truncate = LayoutOf(recipe).TextLengths[0][0] + 4 + 6;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("p.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_EQ(mesh.TextureInfos()(0).aText[0].sText, "abcdef");
@@ -332,7 +332,7 @@ TEST_F(MeshFile, AHugeTextLengthEndsInTheOutOfMemoryText) {
     MeshSpec recipe = Triangle();
     recipe.Textures = {Texture(0, {"abc", "", "", ""})};
     recipe.Textures[0].LengthOverride[0] = 0x7FFFFFFF;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("h.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_TRUE(mesh.Loaded());
@@ -345,7 +345,7 @@ TEST_F(MeshFile, AHugeTextLengthEndsInTheOutOfMemoryText) {
 TEST_F(MeshFile, TextureTableThatCantBeAllocatedEndsInTheOutOfMemoryText) {
     MeshSpec recipe = Triangle();
     recipe.TextureCount = 0x7FFFFFFF;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("n.msh", recipe), 0, nullptr));
     form.tReport.SetText("old");
     mesh.Show(0);
@@ -357,7 +357,7 @@ TEST_F(MeshFile, TextureTableThatCantBeAllocatedEndsInTheOutOfMemoryText) {
 TEST_F(MeshFile, AReportLongerThanThePaneEndsInTheOutOfMemoryText) {
     MeshSpec recipe = Triangle();
     recipe.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("l.msh", recipe), 0, nullptr));
     form.tReport.SetCapacity(200);
     mesh.Show(0);
@@ -366,7 +366,7 @@ TEST_F(MeshFile, AReportLongerThanThePaneEndsInTheOutOfMemoryText) {
     // and their report is too long for the pane of 4 MiB.
     form.tReport.SetCapacity(4u * 1024u * 1024u);
     recipe.TextureCount = 1000000;
-    CMeshFile many;
+    CMeshFile many{form};
     ASSERT_TRUE(many.Initialize(Write("m.msh", recipe), 0, nullptr));
     form.tReport.SetText({});
     many.Show(0);
@@ -378,7 +378,7 @@ TEST_F(MeshFile, AReportLongerThanThePaneEndsInTheOutOfMemoryText) {
 TEST_F(MeshFile, APaneTooSmallForTheFailureTextKeepsWhatItHad) {
     MeshSpec recipe = Triangle();
     recipe.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     ASSERT_TRUE(mesh.Initialize(Write("s.msh", recipe), 0, nullptr));
     form.tReport.SetText("before");
     form.tReport.SetCapacity(20);
@@ -389,7 +389,7 @@ TEST_F(MeshFile, APaneTooSmallForTheFailureTextKeepsWhatItHad) {
 TEST_F(MeshFile, AnInnerOffsetOutsideTheFileGivesAQuietReport) {
     MeshSpec recipe = Triangle();
     recipe.InnerOffset = 0x7FFFFFF0;
-    CMeshFile mesh;
+    CMeshFile mesh{form};
     EXPECT_FALSE(mesh.Initialize(Write("far.msh", recipe), 0, nullptr));
     mesh.Show(0);
     EXPECT_FALSE(mesh.Loaded());

@@ -32,7 +32,7 @@ protected:
     // Binds a new object to a PAK of these bytes and lists it.
     bool Open(const std::string& bytes) {
         WriteFile(path, bytes);
-        pak = std::make_unique<CPAKFile>();
+        pak = std::make_unique<CPAKFile>(host);
         return pak->Initialize(path, 0, &lv);
     }
     std::vector<std::string> Row(int32_t addIndex) {
@@ -42,6 +42,7 @@ protected:
     TempDir tmp;
     std::string path = tmp / "t.pak";
     ListView lv{"oListView"};
+    FileHost host;
     std::unique_ptr<CPAKFile> pak;
 };
 
@@ -61,7 +62,7 @@ TEST_F(PakListing, HeaderDecidesTheType) {
     unsigned_.U32(0).U32(0x097DD4D3).U32(0).U32(0).U32(0);
     EXPECT_TRUE(Open(unsigned_.Data()));
 
-    CPAKFile none;
+    CPAKFile none{host};
     EXPECT_FALSE(none.Initialize(tmp / "missing.pak", 0, &lv));
     EXPECT_FALSE(none.Show(0));
     EXPECT_EQ(lv.Count(), 0);
@@ -243,7 +244,8 @@ protected:
     std::string path = tmp / "t.pak";
     fixtures::PakBuilder builder;
     ListView lv{"oListView"};
-    CPAKFile pak;
+    frmMain owner;
+    CPAKFile pak{owner};
     fixtures::ScriptedFileDialogs dialogs;
     fixtures::ScriptedMessageBoxes boxes;
 };
@@ -260,7 +262,7 @@ TEST_F(PakSave, CompressedMemberUnderTheFirstFilterIsTheWrapper) {
     EXPECT_EQ(r.filters[0], (std::pair<std::string, std::string>{"Zip File (*.zip)", "*.zip"}));
     EXPECT_EQ(r.filters[1], (std::pair<std::string, std::string>{"PKWare DCL Imploding", "*.*"}));
     EXPECT_EQ(r.filterIndex, 1);
-    EXPECT_EQ(r.hwndOwner, MainForm().hWnd());
+    EXPECT_EQ(r.hwndOwner, owner.hWnd());
     EXPECT_FALSE(r.overwritePrompt);
     // The dialog gives the first filter's extension to a name without it.
     EXPECT_FALSE(std::filesystem::exists(tmp / "out/north"));
@@ -321,7 +323,7 @@ TEST_F(PakSave, CancelWritesNothing) {
 TEST_F(PakSave, NoSelectionNoDialog) {
     EXPECT_FALSE(pak.SaveAs());
     EXPECT_TRUE(dialogs.Requests.empty());
-    CPAKFile unbound;
+    CPAKFile unbound{owner};
     EXPECT_FALSE(unbound.SaveAs());
     EXPECT_TRUE(dialogs.Requests.empty());
 }
@@ -345,7 +347,7 @@ TEST_F(PakSave, MemberBeyondTheEndWritesNothing) {
     WriteFile(tmp / "d.pak", damaged.Build());
     ListView dlv{"d"};
     dlv.Sorted = false;
-    CPAKFile dpak;
+    CPAKFile dpak{owner};
     ASSERT_TRUE(dpak.Initialize(tmp / "d.pak", 0, &dlv));
     dpak.Show(0);
     ASSERT_EQ(dlv.Count(), 3);

@@ -11,6 +11,7 @@
 #include "fixtures/ZipBuilder.h"
 #include "identify/modGlobal.h"
 #include "pak/BatchScript.h"
+#include "identify/IFileHost.h"
 #include "pak/CPAKFile.h"
 #include "pak/MemberPath.h"
 #include "pak/ZipWrapper.h"
@@ -62,7 +63,8 @@ TEST(Road, PakToUnpackedMembers) {
     WriteFile(pakPath, paktest::BuildPak(members));
 
     ListView lv{"oListView"};
-    CPAKFile pak;
+    FileHost host;
+    CPAKFile pak{host};
     ASSERT_TRUE(pak.Initialize(pakPath, 0, &lv));
     pak.Show(0);
     ASSERT_EQ(lv.Count(), static_cast<int32_t>(originals.size()));

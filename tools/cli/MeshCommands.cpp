@@ -11,7 +11,7 @@
 #include "platform/FileDialogs.h"
 #include "platform/Files.h"
 #include "platform/MessageBox.h"
-#include "shell/frmMain.h"
+#include "identify/IFileHost.h"
 #include "winsupport/cCommonDialog.h"
 
 namespace {
@@ -23,7 +23,7 @@ const char kMeshUsage[] =
 int MeshFail(const std::string& message) { return CliFail(message); }
 
 // Binds the mesh object to a path; false with the reason when it isn't a mesh.
-bool OpenMesh(CMeshFile& mesh, frmMain& form, const std::string& path, std::string& why) {
+bool OpenMesh(CMeshFile& mesh, FileHost& form, const std::string& path, std::string& why) {
     if (!CheckReadableFile(path, why)) return false;
     if (!mesh.Initialize(path, 0, &form.oListView)) {
         why = path + ": is not a mesh file";
@@ -33,8 +33,8 @@ bool OpenMesh(CMeshFile& mesh, frmMain& form, const std::string& path, std::stri
 }
 
 int MeshReport(const std::string& path) {
-    frmMain form;
-    CMeshFile mesh;
+    FileHost form;
+    CMeshFile mesh{form};
     std::string why;
     if (!OpenMesh(mesh, form, path, why)) return MeshFail(why);
     // The texts of the texture records are names from the file: a terminal
@@ -50,8 +50,8 @@ int MeshReport(const std::string& path) {
 }
 
 int MeshExportCommand(const std::string& path, const std::string& out, bool force) {
-    frmMain form;
-    CMeshFile mesh;
+    FileHost form;
+    CMeshFile mesh{form};
     std::string why;
     if (!OpenMesh(mesh, form, path, why)) return MeshFail(why);
     AnswerFileDialog chooser(out, 1);
