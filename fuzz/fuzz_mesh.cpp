@@ -8,7 +8,7 @@
 
 #include "FuzzFile.h"
 #include "meshes/CMeshFile.h"
-#include "shell/frmMain.h"
+#include "identify/IFileHost.h"
 
 namespace {
 
@@ -31,14 +31,14 @@ void CheckModelText(std::string_view piece) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static FuzzFilePair files;
-    static frmMain form;
+    static FileHost host;
     const std::string& path = files.Write(data, size);
     // A small pane: the report of a long table stops at the pane's end, which
     // is reached with inputs of a few hundred bytes.
-    form.tReport.SetCapacity(8 * 1024);
+    host.tReport.SetCapacity(8 * 1024);
 
-    CMeshFile mesh;
-    mesh.Initialize(path, 0, &form.oListView);
+    CMeshFile mesh(host);
+    mesh.Initialize(path, 0, &host.oListView);
     mesh.Information();
     mesh.Show(0);
     mesh.Show(0);

@@ -6,17 +6,20 @@
 #include "FuzzFile.h"
 #include "hexview/CBINFile.h"
 #include "identify/CNerhaltFiles.h"
-#include "shell/frmMain.h"
+#include "identify/IFileHost.h"
+#include "shell/GameFileClasses.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static FuzzFilePair inputs;
-    static frmMain form;
+    static FileHost host;
+    static CBINFile binFile(host);
+    // A small pane, as in the mesh target: a mesh's report stops at its end.
+    host.tReport.SetCapacity(8 * 1024);
     const std::string& path = inputs.Write(data, size);
-    CNerhaltFiles recogniser;
-    recogniser.Initialize(path, 0, &form.oListView);
+    CNerhaltFiles recogniser(GameFileClasses(host));
+    recogniser.Initialize(path, 0, &host.oListView);
     recogniser.Information();
     recogniser.Show(0);
-    if (!form.m_oBinFile) form.m_oBinFile = std::make_unique<CBINFile>(form);
-    if (form.m_oBinFile->Initialize(path, 0, nullptr)) form.m_oBinFile->Show(0);
+    if (binFile.Initialize(path, 0, nullptr)) binFile.Show(0);
     return 0;
 }

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Registry.h"
+#include "platform/RegistryText.h"
 
 namespace {
 

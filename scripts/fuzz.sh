@@ -70,8 +70,10 @@ for ((w = 0; w < waves; ++w)); do
       child=$!
       wait "$child"
       # The processor time of the target's run: reaped children's time, as
-      # this shell counts it.
-      times | tail -1 | awk '{
+      # this shell counts it. A builtin in a pipe would run in a new process
+      # and count nothing, so its output goes through a file.
+      times >"$logs/$t.times"
+      tail -1 "$logs/$t.times" | awk '{
         split($1, u, "m"); split($2, s, "m");
         sub("s", "", u[2]); sub("s", "", s[2]);
         print u[1] * 60 + u[2] + s[1] * 60 + s[2] }' >"$logs/$t.cpu"
