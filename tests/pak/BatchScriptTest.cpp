@@ -176,6 +176,22 @@ TEST_F(BatchRun, LinesTheProgramWouldNotWriteAreRefused) {
     EXPECT_NE(errors.find("line 2 refused (the line has no end)"), std::string::npos) << errors;
 }
 
+// The settings may name the archiver as a bare program name, found through
+// PATH, or by a path relative to the command file's folder; either way the
+// line must name that very file.
+TEST_F(BatchRun, AnArchiverNamedByNameOrRelativePathIsTheSameFile) {
+    const std::string oldPath = getenv("PATH") ? getenv("PATH") : "";
+    std::filesystem::permissions(archiver, std::filesystem::perms::owner_all);
+    setenv("PATH", (tmp.Path() + ":" + oldPath).c_str(), 1);
+    WriteFile(dest + "a.zip", "w");
+    const bool ok = Run({BatchCdLine(dest), BatchExtractLine(false, "pk", "a"), BatchExtractLine(false, "../pk", "a")});
+    setenv("PATH", oldPath.c_str(), 1);
+    EXPECT_TRUE(ok) << report << errors;
+    ASSERT_EQ(calls.size(), 2u) << errors;
+    EXPECT_EQ(calls[0][0], archiver);
+    EXPECT_EQ(calls[1][0], dest + "../pk");
+}
+
 TEST_F(BatchRun, ArchiverFailureIsReportedAndTheRunGoesOn) {
     WriteFile(dest + "a.zip", "w");
     EXPECT_FALSE(Run({BatchCdLine(dest), BatchExtractLine(true, archiver, "a"), BatchDelLine("a")}, 3));
