@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/Windows.h"
+
 namespace {
 
 constexpr char kSep = '/';
@@ -45,9 +47,13 @@ int32_t RunDialog(OPENFILENAME* ofn, bool save) {
     if (capacity == 0) return Fail(CDERR_INITIALIZATION);
     if (g_service == nullptr) return 0;
 
+    const bool hooked = (ofn->Flags & OFN_ENABLEHOOK) != 0 && ofn->lpfnHook != nullptr;
+    DialogHookRun run(hooked ? ofn->lpfnHook : nullptr, ofn->hwndOwner, true, reinterpret_cast<intptr_t>(ofn));
     FileDialogRequest request;
     request.save = save;
     request.hwndOwner = ofn->hwndOwner;
+    request.hwndDialog = run.Dialog();
+    request.events = run.Sink();
     request.title = ofn->lpstrTitle.substr(0, ofn->lpstrTitle.find('\0'));
     request.initialDir = ofn->lpstrInitialDir.substr(0, ofn->lpstrInitialDir.find('\0'));
     request.fileName = UpToZero(ofn->lpstrFile, capacity);
@@ -64,6 +70,7 @@ int32_t RunDialog(OPENFILENAME* ofn, bool save) {
     request.hideReadOnly = (flags & OFN_HIDEREADONLY) != 0;
 
     const FileDialogAnswer answer = g_service->Show(request);
+    run.Close();
     if (!answer.accepted || answer.paths.empty() || answer.paths.front().empty()) return 0;
 
     // One path is the path itself; several are their folder and then each
@@ -125,6 +132,60 @@ IFileDialogService* GetFileDialogService() { return g_service; }
 int32_t GetOpenFileNameA(OPENFILENAME* lpofn) { return RunDialog(lpofn, false); }
 int32_t GetSaveFileNameA(OPENFILENAME* lpofn) { return RunDialog(lpofn, true); }
 uint32_t CommDlgExtendedError() { return g_extendedError; }
+void SetCommDlgExtendedError(uint32_t error) { g_extendedError = error; }
+
+DialogHookRun::DialogHookRun(LPOFNHOOKPROC hook, int32_t hwndOwner, bool fileDialog, intptr_t record)
+    : hook_(hook), record_(record), fileDialog_(fileDialog) {
+    if (hook_ == nullptr) return;
+    hwndDialog_ = CreateDialogWindow(hwndOwner);
+    // The Explorer-style file dialog gives its hook a child window of its own.
+    hDlg_ = fileDialog_ ? CreateDialogWindow(hwndDialog_) : hwndDialog_;
+}
+
+DialogHookRun::~DialogHookRun() {
+    if (hook_ == nullptr) return;
+    if (hDlg_ != hwndDialog_) DestroyDialogWindow(hDlg_);
+    DestroyDialogWindow(hwndDialog_);
+}
+
+DialogEventSink DialogHookRun::Sink() {
+    if (hook_ == nullptr) return {};
+    return [this](DialogEvent event) { return Report(event); };
+}
+
+bool DialogHookRun::Report(DialogEvent event) {
+    if (event == DialogEvent::Shown) {
+        if (!shown_) {
+            shown_ = true;
+            hook_(hDlg_, WM_INITDIALOG, 0, record_);
+        }
+        return true;
+    }
+    // Only the file dialogs notify their hook of what the user does.
+    if (!shown_ || !fileDialog_) return true;
+    uint32_t code = 0;
+    switch (event) {
+        case DialogEvent::TypeChanged: code = CDN_TYPECHANGE; break;
+        case DialogEvent::FolderChanged: code = CDN_FOLDERCHANGE; break;
+        case DialogEvent::SelectionChanged: code = CDN_SELCHANGE; break;
+        case DialogEvent::OkPressed: code = CDN_FILEOK; break;
+        case DialogEvent::Shown: return true;
+    }
+    OFNOTIFY notify;
+    notify.hdr.hwndFrom = hwndDialog_;
+    notify.hdr.code = code;
+    notify.lpOFN = reinterpret_cast<OPENFILENAME*>(record_);
+    SetWindowLongA(hDlg_, DWL_MSGRESULT, 0);
+    const intptr_t result = hook_(hDlg_, WM_NOTIFY, 0, reinterpret_cast<intptr_t>(&notify));
+    if (code != CDN_FILEOK) return true;
+    return result == 0 || GetWindowLongA(hDlg_, DWL_MSGRESULT) == 0;
+}
+
+void DialogHookRun::Close() {
+    if (hook_ == nullptr || !shown_) return;
+    shown_ = false;
+    hook_(hDlg_, WM_NCDESTROY, 0, 0);
+}
 
 std::vector<std::pair<std::string, std::string>> SplitFilterPairs(const std::string& lpstrFilter) {
     std::vector<std::pair<std::string, std::string>> pairs;

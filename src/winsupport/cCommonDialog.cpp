@@ -1,7 +1,12 @@
 #include "winsupport/cCommonDialog.h"
 
 #include "identify/modGlobal.h"
+#include "platform/CommonDialogs.h"
+#include "platform/Help.h"
+#include "platform/LastError.h"
 #include "platform/Runtime.h"
+#include "platform/SystemColors.h"
+#include "platform/Windows.h"
 
 std::unique_ptr<cCommonDialog> g_oCommonDialog;
 
@@ -11,7 +16,7 @@ cCommonDialog& CommonDialog() {
 }
 
 GCommonDialog& cCommonDialog::Dialog() {
-    if (!m_oDialog) m_oDialog = std::make_unique<GCommonDialog>();
+    if (!m_oDialog) m_oDialog = GCommonDialog::Create();
     return *m_oDialog;
 }
 
@@ -21,8 +26,7 @@ const std::shared_ptr<StdFont>& cCommonDialog::Font() {
 }
 
 // The open and save dialogs take the same properties in and give them back.
-template <typename Args>
-void cCommonDialog::PutArgs(Args& args) {
+void cCommonDialog::PutArgs(FileNameArgs& args) {
     args.Filename = m_sFileName;
     args.FileTitle = m_sFileTitle;
     args.Filter = m_sFilter;
@@ -36,8 +40,7 @@ void cCommonDialog::PutArgs(Args& args) {
     args.DialogObject = this;
 }
 
-template <typename Args>
-void cCommonDialog::TakeArgs(const Args& args) {
+void cCommonDialog::TakeArgs(const FileNameArgs& args) {
     m_sFileName = args.Filename;
     m_sFileTitle = args.FileTitle;
     m_sFilter = args.Filter;
@@ -84,8 +87,160 @@ void cCommonDialog::ShowSave() {
     }
 }
 
+void cCommonDialog::ShowColor() {
+    m_bFileDialog = false;
+    ChooseColorArgs args;
+    args.AnyColor = FlagSet(m_lFlags, CC_ANYCOLOR);
+    args.FullOpen = FlagSet(m_lFlags, CC_FULLOPEN);
+    args.DisableFullOpen = FlagSet(m_lFlags, CC_PREVENTFULLOPEN);
+    args.Color = TranslateColor(m_lColor);
+    args.Owner = m_lHwnd;
+    args.Flags = m_lFlags;
+    args.Hook = m_bHookDialog;
+    args.DialogObject = this;
+    if (Dialog().VBChooseColor(args)) {
+        m_lColor = args.Color;
+    } else {
+        RaiseDialogError();
+    }
+}
+
+void cCommonDialog::ShowFont() {
+    m_bFileDialog = false;
+    ChooseFontArgs args;
+    args.Font = Font();
+    args.Owner = m_lHwnd;
+    args.Color = m_lFontColor;
+    args.MinSize = m_lMin;
+    args.MaxSize = m_lMax;
+    args.Flags = m_lFlags;
+    args.Hook = m_bHookDialog;
+    args.DialogObject = this;
+    args.Printer = m_oObject;
+    const bool chosen = Dialog().VBChooseFont(args);
+    m_lFontColor = args.Color;
+    m_lFlags = args.Flags;
+    if (!chosen) RaiseDialogError();
+}
+
+void cCommonDialog::ShowPrinter() {
+    m_bFileDialog = false;
+    PrintDlgArgs args;
+    args.PrintRange = FlagSet(m_lFlags, PD_PAGENUMS) ? eprPageNumbers : eprAll;
+    args.DisableSelection = FlagSet(m_lFlags, PD_NOSELECTION);
+    args.ShowPrintToFile = !FlagSet(m_lFlags, PD_HIDEPRINTTOFILE);
+    args.DisablePrintToFile = FlagSet(m_lFlags, PD_DISABLEPRINTTOFILE);
+    args.PrintToFile = FlagSet(m_lFlags, PD_PRINTTOFILE);
+    args.Collate = FlagSet(m_lFlags, PD_COLLATE);
+    args.PreventWarning = FlagSet(m_lFlags, PD_NOWARNING);
+    args.FromPage = m_lFromPage;
+    args.ToPage = m_lToPage;
+    args.MinPage = m_lMin;
+    args.MaxPage = m_lMax;
+    args.Copies = m_lCopies;
+    args.Owner = m_lHwnd;
+    args.Printer = m_oObject;
+    args.Flags = m_lFlags;
+    args.Hook = m_bHookDialog;
+    args.DialogObject = this;
+    // What the user chose comes back; a cancel leaves everything as it was.
+    if (Dialog().VBPrintDlg(args)) {
+        m_lFromPage = args.FromPage;
+        m_lToPage = args.ToPage;
+        m_lFlags = args.Flags;
+        m_lCopies = args.Copies;
+    }
+}
+
+void cCommonDialog::ShowHelp() {
+    m_bFileDialog = false;
+    const auto command = static_cast<uint32_t>(m_lHelpCommand);
+    if (command == HELP_MULTIKEY || command == HELP_SETWINPOS) {
+        RaiseError(kDlgErrHelpCommand, ErrorSource(), "Invalid WinHelp Command Passed to ShowHelp function.");
+    }
+    if (WinHelpA(m_lHwnd, m_sHelpFile, command, 0) == 0) {
+        RaiseError(static_cast<int32_t>(GetLastError()), ErrorSource(), LastApiErrorText());
+    }
+}
+
+void cCommonDialog::DialogClose() { Events.DialogClose.Raise(); }
+
+int32_t cCommonDialog::TypeChange(int32_t hDlg) {
+    Events.TypeChange.Raise(hDlg);
+    return 0;
+}
+
+int32_t cCommonDialog::InitDialog(int32_t hDlg) {
+    Events.InitDialog.Raise(hDlg);
+    return 0;
+}
+
+int32_t cCommonDialog::FileChange(int32_t hDlg) {
+    Events.FileChange.Raise(hDlg);
+    return 0;
+}
+
+int32_t cCommonDialog::FolderChange(int32_t hDlg) {
+    Events.FolderChange.Raise(hDlg);
+    return 0;
+}
+
+bool cCommonDialog::ConfirmOK() {
+    bool bRefuse = false;
+    Events.ConfirmOK.Raise(bRefuse);
+    return !bRefuse;
+}
+
+int32_t cCommonDialog::DialogWindow(int32_t hDlg) const { return m_bFileDialog ? GetParent(hDlg) : hDlg; }
+
+void cCommonDialog::CentreDialog(int32_t hDlg, const ILateBound* oCentreTo) {
+    const int32_t hWnd = DialogWindow(hDlg);
+    RECT dialog;
+    GetWindowRect(hWnd, &dialog);
+    RECT reference;
+    int32_t hWndCentreTo = 0;
+    if (TryGetLong(oCentreTo, "hWnd", hWndCentreTo)) {
+        GetWindowRect(hWndCentreTo, &reference);
+    } else if (SystemParametersInfoA(SPI_GETWORKAREA, 0, &reference, 0) == 0) {
+        reference = RECT{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    }
+    if (reference.right < 1 || reference.bottom < 1) return;
+    const int32_t width = dialog.right - dialog.left;
+    const int32_t height = dialog.bottom - dialog.top;
+    const int32_t left = reference.left + (reference.right - reference.left - width) / 2;
+    const int32_t top = reference.top + (reference.bottom - reference.top - height) / 2;
+    MoveWindow(hWnd, left, top, width, height, 1);
+}
+
+void cCommonDialog::GetDialogSize(int32_t hDlg, int32_t& lL, int32_t& lT, int32_t& lW, int32_t& lH) {
+    RECT rect;
+    GetWindowRect(DialogWindow(hDlg), &rect);
+    lL = rect.left;
+    lT = rect.top;
+    lW = rect.right - rect.left;
+    lH = rect.bottom - rect.top;
+}
+
+std::string cCommonDialog::ApiErrorText(int32_t lErr) {
+    std::string text(1024, '\0');
+    const uint32_t length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, static_cast<uint32_t>(lErr), 0,
+                                           text.data(), static_cast<uint32_t>(text.size()), nullptr);
+    text.resize(length);
+    return text;
+}
+
+std::string cCommonDialog::LastApiErrorText() { return ApiErrorText(static_cast<int32_t>(GetLastError())); }
+
+int32_t cCommonDialog::TranslateColor(int32_t lColor) {
+    uint32_t translated = 0;
+    if (OleTranslateColor(static_cast<uint32_t>(lColor), 0, &translated) != S_OK) return -1;
+    return static_cast<int32_t>(translated);
+}
+
+std::string cCommonDialog::ErrorSource() const { return App::EXEName() + ".cCommonDialog"; }
+
 void cCommonDialog::RaiseDialogError() {
-    const std::string source = App::EXEName() + ".cCommonDialog";
+    const std::string source = ErrorSource();
     if (Dialog().APIReturn() != 0) RaiseError(Dialog().ExtendedError() | kDlgErrBase, source);
     if (!m_bCancelError) return;
     RaiseError(kDlgErrCancel, source, "User selected cancel.");

@@ -5,27 +5,25 @@
 // on the shared instance a setting stays until it is set again or a dialog
 // changes it. A cancelled dialog raises failure 20001 when CancelError is
 // set; failures carry the source App::EXEName() + ".cCommonDialog".
+//
+// With HookDialog set, a running dialog reports to the object's events: its
+// start, the user's changes of filter, folder and file, the user's OK, which
+// a handler may refuse, and its end.
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "controls/Event.h"
 #include "platform/FileDialogs.h"
+#include "platform/LateBound.h"
 #include "winsupport/GCommonDialog.h"
 
 inline constexpr int32_t kDlgErrCancel = 20001;
 // Added to the platform's extended error of a dialog that failed.
 inline constexpr int32_t kDlgErrBase = 0x348A;
-
-// The font object of the font dialog.
-struct StdFont {
-    std::string Name = "MS Sans Serif";
-    int32_t Size = 8;
-    bool Bold = false;
-    bool Italic = false;
-    bool Strikethru = false;
-    bool Underline = false;
-};
+// ShowHelp with a command that needs a structure as its data.
+inline constexpr int32_t kDlgErrHelpCommand = 13705;
 
 class cCommonDialog {
 public:
@@ -37,6 +35,38 @@ public:
     // its names. asFiles[k] is the name numbered k + 1; lFileCount counts on
     // from the value it holds.
     void ParseMultiFileName(std::string& sFolder, std::vector<std::string>& asFiles, int32_t& lFileCount) const;
+
+    // What the hook sees, each raising the event of its name; those with a
+    // window give 0.
+    void DialogClose();
+    int32_t TypeChange(int32_t hDlg);
+    int32_t InitDialog(int32_t hDlg);
+    int32_t FileChange(int32_t hDlg);
+    int32_t FolderChange(int32_t hDlg);
+    // Raises ConfirmOK with bRefuse false at first; true unless a handler
+    // refused.
+    bool ConfirmOK();
+    // Centres the dialog on the window that oCentreTo names by its "hWnd"
+    // property; without one, on the work area, or else on the screen. While
+    // m_bFileDialog is set the dialog is the parent of hDlg, the hook's child
+    // window of an Explorer-style file dialog.
+    void CentreDialog(int32_t hDlg, const ILateBound* oCentreTo);
+    // The dialog's left, top, width and height (the parent of hDlg while
+    // m_bFileDialog is set); all 0 when its rectangle can't be read.
+    void GetDialogSize(int32_t hDlg, int32_t& lL, int32_t& lT, int32_t& lW, int32_t& lH);
+    // Does nothing.
+    void SetHelpPosition(int32_t& X, int32_t& Y, int32_t& dx, int32_t& dy, int32_t& eWindowType) {}
+
+    // The events, numbered 1 to 6 in this order.
+    struct EventSet {
+        Event<int32_t> InitDialog;    // hDlg
+        Event<int32_t> FileChange;    // hDlg
+        Event<int32_t> FolderChange;  // hDlg
+        Event<bool&> ConfirmOK;       // bRefuse: set it to keep the dialog open
+        Event<int32_t> TypeChange;    // hDlg
+        Event<> DialogClose;
+    };
+    EventSet Events;
 
     bool CancelError() const { return m_bCancelError; }
     void SetCancelError(bool b) { m_bCancelError = b; }
@@ -93,9 +123,10 @@ public:
     void SetMaxFileSize(int32_t l) { m_lMaxFileSize = l; }
     int32_t Min() const { return m_lMin; }
     void SetMin(int32_t l) { m_lMin = l; }
-    // The printer that the print dialog works on; the file dialogs keep it only.
-    const std::shared_ptr<void>& Object() const { return m_oObject; }
-    void SetObject(std::shared_ptr<void> o) { m_oObject = std::move(o); }
+    // The printer that the print dialog works on, reached by the names of its
+    // properties; the other dialogs keep it only.
+    const std::shared_ptr<ILateBound>& Object() const { return m_oObject; }
+    void SetObject(std::shared_ptr<ILateBound> o) { m_oObject = std::move(o); }
     int16_t PrinterDefault() const { return m_iPrinterDefault; }
     void SetPrinterDefault(int16_t i) { m_iPrinterDefault = i; }
     int32_t ToPage() const { return m_lToPage; }
@@ -108,6 +139,19 @@ public:
     // The open and save dialogs.
     void ShowOpen();
     void ShowSave();
+    // The colour dialog: Color in and out. A cancel raises 20001 with
+    // CancelError set.
+    void ShowColor();
+    // The font dialog: the Font properties, FontColor, flags, and Min and Max
+    // as size limits. A cancel raises 20001 with CancelError set.
+    void ShowFont();
+    // The print dialog: Copies, FromPage, ToPage, flags and the printer in
+    // Object. A cancel raises nothing.
+    void ShowPrinter();
+    // Opens HelpFile for HelpCommand. HELP_MULTIKEY and HELP_SETWINPOS raise
+    // 13705; a help file that does not open raises the platform's last error
+    // with its text.
+    void ShowHelp();
 
     bool HookDialog() const { return m_bHookDialog; }
     void SetHookDialog(bool b) { m_bHookDialog = b; }
@@ -118,13 +162,19 @@ public:
     GCommonDialog& Dialog();
 
 private:
-    template <typename Args>
-    void PutArgs(Args& args);
-    template <typename Args>
-    void TakeArgs(const Args& args);
+    void PutArgs(FileNameArgs& args);
+    void TakeArgs(const FileNameArgs& args);
+    // The platform's text of an error number, and of its last error.
+    static std::string ApiErrorText(int32_t lErr);
+    static std::string LastApiErrorText();
     // All the bits of the mask are set in the flags.
     static bool FlagSet(int32_t lFlags, int32_t lMask) { return (lFlags & lMask) == lMask; }
+    // The runtime's colour value as a colour word; -1 when it is none.
+    static int32_t TranslateColor(int32_t lColor);
+    std::string ErrorSource() const;
     void RaiseDialogError();
+    // The window that CentreDialog and GetDialogSize work on.
+    int32_t DialogWindow(int32_t hDlg) const;
 
     bool m_bCancelError = false;
     std::string m_sFileName;
@@ -147,11 +197,11 @@ private:
     int32_t m_lMax = 0;
     int32_t m_lMaxFileSize = 0;
     int32_t m_lMin = 0;
-    std::shared_ptr<void> m_oObject;
+    std::shared_ptr<ILateBound> m_oObject;
     int16_t m_iPrinterDefault = 0;
     int32_t m_lToPage = 0;
     std::string m_sFileTitle;
     bool m_bHookDialog = false;
     bool m_bFileDialog = false;
-    std::unique_ptr<GCommonDialog> m_oDialog;
+    std::shared_ptr<GCommonDialog> m_oDialog;
 };
