@@ -4,8 +4,58 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QRegularExpression>
+#include <exception>
 
+#include "QtWindowService.h"
 #include "Text1252.h"
+
+namespace {
+
+// The file dialog that reports to a hooked request's events. The user's OK is
+// asked about in done(), which QFileDialog::accept() reaches only with a real
+// choice: a folder's name typed in opens that folder, and a declined
+// overwrite stays, without asking.
+class HookedFileDialog : public QFileDialog {
+public:
+    HookedFileDialog(QWidget* parent, DialogEventSink events) : QFileDialog(parent), events_(std::move(events)) {
+        if (!events_) return;
+        connect(this, &QFileDialog::filterSelected, this, [this] { Report(DialogEvent::TypeChanged); });
+        connect(this, &QFileDialog::directoryEntered, this, [this] { Report(DialogEvent::FolderChanged); });
+        connect(this, &QFileDialog::currentChanged, this, [this] { Report(DialogEvent::SelectionChanged); });
+    }
+
+    // Before the dialog shows; a failure raised here goes straight on.
+    void ReportShown() {
+        if (events_) events_(DialogEvent::Shown);
+    }
+    // What a handler raised while the dialog ran.
+    std::exception_ptr Failure() const { return failure_; }
+
+protected:
+    void done(int result) override {
+        if (result == QDialog::Accepted && events_ && !Report(DialogEvent::OkPressed)) return;
+        QFileDialog::done(result);
+    }
+
+private:
+    // A failure can't pass through Qt's event loop: it is kept, and the
+    // dialog ends.
+    bool Report(DialogEvent event) {
+        if (failure_) return false;
+        try {
+            return events_(event);
+        } catch (...) {
+            failure_ = std::current_exception();
+            QFileDialog::done(QDialog::Rejected);
+            return false;
+        }
+    }
+
+    DialogEventSink events_;
+    std::exception_ptr failure_;
+};
+
+}  // namespace
 
 QtFileDialogService::QtFileDialogService() : owner_([](int32_t) { return QApplication::activeWindow(); }) {}
 
@@ -35,8 +85,10 @@ QStringList QtFileDialogService::NameFilters(const FileDialogRequest& request) {
 }
 
 std::unique_ptr<QFileDialog> QtFileDialogService::Build(const FileDialogRequest& request) const {
-    auto dialog = std::make_unique<QFileDialog>(owner_ ? owner_(request.hwndOwner) : nullptr);
+    auto dialog = std::make_unique<HookedFileDialog>(owner_ ? owner_(request.hwndOwner) : nullptr, request.events);
     dialog->setObjectName(QStringLiteral("CommonDialog"));
+    // The widgets' own dialog, whose OK can be refused; a desktop's native
+    // dialog can't be.
     dialog->setOption(QFileDialog::DontUseNativeDialog, true);
     QString title = FromBytes(request.title);
     if (title.isEmpty()) title = request.save ? QStringLiteral("Save As") : QStringLiteral("Open");
@@ -74,6 +126,11 @@ FileDialogAnswer QtFileDialogService::Answer(const QFileDialog& dialog, const Fi
 
 FileDialogAnswer QtFileDialogService::Show(const FileDialogRequest& request) {
     std::unique_ptr<QFileDialog> dialog = Build(request);
-    if (dialog->exec() != QDialog::Accepted) return {};
+    auto& hooked = static_cast<HookedFileDialog&>(*dialog);
+    const QtWindowBinding binding(request.hwndDialog, dialog.get());
+    hooked.ReportShown();
+    const int result = dialog->exec();
+    if (hooked.Failure()) std::rethrow_exception(hooked.Failure());
+    if (result != QDialog::Accepted) return {};
     return Answer(*dialog, request);
 }

@@ -6,6 +6,7 @@
 #include "EventPump.h"
 #include "MainWindow.h"
 #include "ModalForms.h"
+#include "QtDialogServices.h"
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
 #include "platform/FileDialogs.h"
@@ -43,6 +44,7 @@ int main(int argc, char** argv) {
     SetMessageBoxService(&messageBoxes);
     QtFileDialogService fileDialogs;
     SetFileDialogService(&fileDialogs);
+    QtDialogServices otherDialogs;
     EventPump::Install();
 
     int status = 0;
@@ -50,6 +52,7 @@ int main(int argc, char** argv) {
         frmMain form;
         form.Form_Initialize();
         MainWindow window(form);
+        const QtWindowBinding mainWindowHandle(form.hWnd(), &window);
         // A dialog asked for on the main window's handle is owned by its view.
         fileDialogs.SetOwnerLookup([&form, &window](int32_t hwnd) -> QWidget* {
             return hwnd == form.hWnd() ? &window : QApplication::activeWindow();

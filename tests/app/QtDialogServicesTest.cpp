@@ -2,15 +2,31 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QColorDialog>
+#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QFontDialog>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QWidget>
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
 
+#include "QtDialogServices.h"
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
 #include "fixtures/ByteWriter.h"
+#include "platform/Runtime.h"
+#include "winsupport/cCommonDialog.h"
 
 namespace {
 
@@ -145,4 +161,208 @@ TEST(QtMessageBoxes, TheButtonClickedIsTheAnswer) {
     // Closed without a button: Cancel where there is one.
     WhenShown<QMessageBox>([](QMessageBox* b) { b->reject(); });
     EXPECT_EQ(service.Show("Go?", vbOKCancel, ""), vbCancel);
+}
+
+namespace {
+
+// Installs a Qt file dialog service and the other dialogs' for one test.
+struct QtServices {
+    QtServices() : previous(GetFileDialogService()) { SetFileDialogService(&files); }
+    ~QtServices() { SetFileDialogService(previous); }
+    QtFileDialogService files;
+    QtDialogServices others;
+    IFileDialogService* previous;
+};
+
+QPushButton* AcceptButton(QFileDialog* dialog) {
+    auto* box = dialog->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
+    if (box == nullptr) return nullptr;
+    for (QAbstractButton* b : box->buttons()) {
+        if (box->buttonRole(b) == QDialogButtonBox::AcceptRole) return qobject_cast<QPushButton*>(b);
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+// While a hooked save dialog runs, the Qt dialog's changes reach the dialog
+// object's events, its window can be centred from InitDialog, and a ConfirmOK
+// handler that refuses keeps it open: only the second OK is taken.
+TEST(QtFileDialogs, AHookedDialogsOkIsRefusedByAConfirmOkHandler) {
+    fixtures::TempDir dir;
+    std::filesystem::create_directory(dir / "sub");
+    QtServices services;
+    cCommonDialog dlg;
+    dlg.SetHookDialog(true);
+    dlg.SetInitDir(dir / "sub");
+    dlg.SetFilter("Pak Files (*.pak)|*.pak|All Files (*.*)|*.*");
+    std::vector<std::string> events;
+    // A window away from the screen's centre, to centre the dialog on.
+    QWidget anchor;
+    anchor.setGeometry(20, 30, 200, 100);
+    const QtWindowBinding anchorHandle(0x7F0, &anchor);
+    const WindowObject anchorObject(0x7F0);
+    dlg.Events.InitDialog.Connect([&](int32_t hDlg) {
+        events.push_back("InitDialog");
+        dlg.CentreDialog(hDlg, &anchorObject);
+    });
+    dlg.Events.TypeChange.Connect([&](int32_t) { events.push_back("TypeChange"); });
+    dlg.Events.FolderChange.Connect([&](int32_t) { events.push_back("FolderChange"); });
+    dlg.Events.FileChange.Connect([&](int32_t) { events.push_back("FileChange"); });
+    dlg.Events.DialogClose.Connect([&] { events.push_back("DialogClose"); });
+    int asked = 0;
+    dlg.Events.ConfirmOK.Connect([&](bool& bRefuse) {
+        events.push_back("ConfirmOK");
+        bRefuse = ++asked == 1;
+    });
+
+    bool ran = false;
+    bool openAfterRefusal = false;
+    QPoint centre;
+    WhenShown<QFileDialog>([&](QFileDialog* d) {
+        ran = true;
+        centre = d->frameGeometry().center();
+        auto* types = d->findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+        auto* up = d->findChild<QToolButton*>(QStringLiteral("toParentButton"));
+        auto* name = d->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QPushButton* ok = AcceptButton(d);
+        ASSERT_TRUE(types && up && name && ok);
+        QTest::keyClick(types, Qt::Key_Down);  // the second type
+        up->click();
+        emit d->currentChanged(QString::fromStdString(dir / "x.pak"));
+        name->setText(QStringLiteral("chosen.pak"));
+        ok->click();
+        openAfterRefusal = d->isVisible() && d->result() != QDialog::Accepted;
+        ok->click();
+    });
+    dlg.ShowSave();
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(asked, 2);
+    EXPECT_TRUE(openAfterRefusal);
+    EXPECT_EQ(dlg.Filename(), dir / "chosen.pak");
+    std::string all;
+    for (const auto& e : events) all += e + " ";
+    SCOPED_TRACE(all);
+    ASSERT_GE(events.size(), 7u);
+    EXPECT_EQ(events.front(), "InitDialog");
+    EXPECT_EQ(events.back(), "DialogClose");
+    for (const char* e : {"TypeChange", "FolderChange", "FileChange"}) {
+        EXPECT_NE(std::find(events.begin(), events.end(), e), events.end()) << e;
+    }
+    // The window's frame is known only once it shows: the centre may be off
+    // by the frame's width.
+    EXPECT_LE((centre - anchor.geometry().center()).manhattanLength(), 8);
+}
+
+// A failure raised by a handler while the Qt dialog runs ends the dialog and
+// reaches the caller of the Show operation.
+TEST(QtFileDialogs, AFailureInAHandlerEndsTheQtDialog) {
+    fixtures::TempDir dir;
+    QtServices services;
+    cCommonDialog dlg;
+    dlg.SetHookDialog(true);
+    dlg.SetInitDir(dir.Path());
+    dlg.SetFilter("A|*.a|B|*.b");
+    dlg.Events.TypeChange.Connect([](int32_t) { RaiseError(vbErrInvalidCall); });
+    WhenShown<QFileDialog>([](QFileDialog* d) {
+        auto* types = d->findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+        ASSERT_NE(types, nullptr);
+        QTest::keyClick(types, Qt::Key_Down);
+    });
+    int32_t number = 0;
+    try {
+        dlg.ShowOpen();
+    } catch (const RuntimeError& e) {
+        number = e.Number;
+    }
+    EXPECT_EQ(number, vbErrInvalidCall);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST(QtColorDialogs, TheColourAndTheCustomColoursGoInAndComeBack) {
+    ColorDialogRequest r;
+    r.color = 0x00336699;  // blue 0x33, green 0x66, red 0x99
+    r.customColors[2] = 0x0000FF00;
+    auto dialog = QtColorDialogService::Build(r);
+    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
+    EXPECT_EQ(dialog->currentColor(), QColor(0x99, 0x66, 0x33));
+    EXPECT_EQ(QColorDialog::customColor(2), QColor(0, 0xFF, 0));
+    dialog->setCurrentColor(QColor(1, 2, 3));
+    const ColorDialogAnswer a = QtColorDialogService::Answer(*dialog);
+    EXPECT_TRUE(a.accepted);
+    EXPECT_EQ(a.color, 0x030201u);
+    EXPECT_EQ(a.customColors[2], 0x00FF00u);
+}
+
+TEST(QtFontDialogs, TheRequestedFontGoesInAndTheChoiceComesBack) {
+    FontDialogRequest r;
+    r.faceName = "DejaVu Sans";
+    r.pointSize = 125;
+    r.weight = FW_BOLD;
+    r.italic = true;
+    r.underline = true;
+    r.color = 0x123456;
+    r.fixedPitchOnly = true;
+    const QFont f = QtFontDialogService::FontOf(r);
+    EXPECT_EQ(f.family(), QStringLiteral("DejaVu Sans"));
+    EXPECT_DOUBLE_EQ(f.pointSizeF(), 12.5);
+    EXPECT_EQ(f.weight(), QFont::Bold);
+    EXPECT_TRUE(f.italic());
+    EXPECT_TRUE(f.underline());
+    EXPECT_FALSE(f.strikeOut());
+    auto dialog = QtFontDialogService::Build(r);
+    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
+    EXPECT_TRUE(dialog->testOption(QFontDialog::MonospacedFonts));
+    EXPECT_FALSE(dialog->testOption(QFontDialog::ScalableFonts));
+
+    const FontDialogAnswer a = QtFontDialogService::Answer(f, r);
+    EXPECT_TRUE(a.accepted);
+    EXPECT_EQ(a.faceName, "DejaVu Sans");
+    EXPECT_EQ(a.pointSize, 125);
+    EXPECT_EQ(a.weight, FW_BOLD);
+    EXPECT_TRUE(a.italic);
+    EXPECT_TRUE(a.underline);
+    EXPECT_EQ(a.color, 0x123456u);  // Qt's dialog has no colour: it comes back as it went
+}
+
+TEST(QtPrintDialogs, PaperTurnAndMarginsGoInAndComeBack) {
+    PageSetupRequest r;
+    r.paperSize = DMPAPER_LETTER;
+    r.orientation = DMORIENT_LANDSCAPE;
+    r.margins = RECT{1000, 1500, 2000, 2500};
+    QPrinter printer;
+    QtPrintDialogService::SetUp(printer, r);
+    const PageSetupAnswer a = QtPrintDialogService::PageAnswer(printer);
+    EXPECT_EQ(a.paperSize, DMPAPER_LETTER);
+    EXPECT_EQ(a.orientation, DMORIENT_LANDSCAPE);
+    // Letter is 215.9 by 279.4 mm; turned, its width is the longer side.
+    EXPECT_NEAR(a.paper.x, 27940, 5);
+    EXPECT_NEAR(a.paper.y, 21590, 5);
+    EXPECT_NEAR(a.margins.left, 1000, 5);
+    EXPECT_NEAR(a.margins.bottom, 2500, 5);
+
+    PrintDialogRequest p;
+    p.copies = 3;
+    p.collate = true;
+    p.range = PrintRange::PageNumbers;
+    p.fromPage = 2;
+    p.toPage = 4;
+    p.minPage = 1;
+    p.maxPage = 9;
+    p.noSelection = true;
+    p.hidePrintToFile = true;
+    QPrinter second;
+    QtPrintDialogService::SetUp(second, p);
+    auto dialog = QtPrintDialogService::BuildPrint(second, p);
+    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
+    EXPECT_TRUE(dialog->testOption(QAbstractPrintDialog::PrintPageRange));
+    EXPECT_FALSE(dialog->testOption(QAbstractPrintDialog::PrintSelection));
+    EXPECT_FALSE(dialog->testOption(QAbstractPrintDialog::PrintToFile));
+    EXPECT_EQ(dialog->maxPage(), 9);
+    const PrintDialogAnswer answer = QtPrintDialogService::Answer(second, p);
+    EXPECT_EQ(answer.copies, 3);
+    EXPECT_TRUE(answer.collate);
+    EXPECT_EQ(answer.range, PrintRange::PageNumbers);
+    EXPECT_EQ(answer.fromPage, 2);
+    EXPECT_EQ(answer.toPage, 4);
 }
