@@ -140,7 +140,7 @@ namespace Icons {
 
 QIcon ToolImage(int image) {
     switch (image) {
-        case 1: return Make([](QPainter& p) { DrawFolder(p, true); });
+        case 1: return Folder(true);
         case 2: return Make(DrawFloppy);
         case 3: return Make(DrawMagnifier);
         case 4: return SortArrow(false);
@@ -152,7 +152,7 @@ QIcon ToolImage(int image) {
 
 QIcon FolderImage(int image) {
     switch (image) {
-        case 1: return Make([](QPainter& p) { DrawFolder(p, false); });
+        case 1: return Folder(false);
         case 2: return Make(DrawParentFolder);
         default: return {};
     }

@@ -38,6 +38,18 @@
 
 namespace {
 
+// Gives a key's character code to a control's KeyPress, and answers whether
+// the key is done with: a handler that sets the code to 0 swallows it, and
+// where `enterDone` Enter has done its work in the handler.
+template <typename... Args>
+bool RaiseKeyPress(Event<Args...>& keyPress, const QKeyEvent& key, bool enterDone) {
+    int16_t code = KeyCodes::KeyAscii(key);
+    if (code == 0) return false;
+    const bool enter = code == 13;
+    PassOver([&] { keyPress.Raise(code); });
+    return code == 0 || (enterDone && enter);
+}
+
 // A text of bytes for a widget: Windows-1252, one byte to one character, with
 // CR LF as the line break.
 QString Shown(const std::string& bytes) {
@@ -749,10 +761,11 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
         case QEvent::KeyPress: {
             auto* key = static_cast<QKeyEvent*>(event);
-            if (watched == file_) return KeyInFileList(key);
-            if (watched == dir_) return KeyInDirList(key);
+            // In the lists Enter has done its work in the handler.
+            if (watched == file_) return RaiseKeyPress(form_.oFile.KeyPress, *key, true);
+            if (watched == dir_) return RaiseKeyPress(form_.oDir.KeyPress, *key, true);
             if (watched == report_) return KeyInReport(key);
-            if (watched == listView_) return KeyInListView(key);
+            if (watched == listView_) return RaiseKeyPress(form_.oListView.KeyPress, *key, true);
             break;
         }
         case QEvent::MouseButtonPress:
@@ -771,42 +784,13 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     return QMainWindow::eventFilter(watched, event);
 }
 
-bool MainWindow::KeyInFileList(QKeyEvent* key) {
-    int16_t code = KeyCodes::KeyAscii(*key);
-    if (code == 0) return false;
-    const bool enter = code == 13;
-    PassOver([&] { form_.oFile.KeyPress.Raise(code); });
-    // A handler that sets the code to 0 swallows the key; Enter has done its
-    // work in the handler.
-    return code == 0 || enter;
-}
-
-bool MainWindow::KeyInDirList(QKeyEvent* key) {
-    int16_t code = KeyCodes::KeyAscii(*key);
-    if (code == 0) return false;
-    const bool enter = code == 13;
-    PassOver([&] { form_.oDir.KeyPress.Raise(code); });
-    return code == 0 || enter;
-}
-
 bool MainWindow::KeyInReport(QKeyEvent* key) {
     int16_t keyCode = KeyCodes::VirtualKey(*key);
     if (keyCode != 0) {
         PassOver([&] { form_.tReport.KeyDown.Raise(keyCode, KeyCodes::ShiftState(key->modifiers())); });
         if (keyCode == 0) return true;
     }
-    int16_t ascii = KeyCodes::KeyAscii(*key);
-    if (ascii != 0) {
-        PassOver([&] { form_.tReport.KeyPress.Raise(ascii); });
-        if (ascii == 0) return true;
-    }
-    // The text box goes on to handle the key itself.
-    return false;
-}
-
-bool MainWindow::KeyInListView(QKeyEvent* key) {
-    const int16_t code = KeyCodes::KeyAscii(*key);
-    if (code == 0) return false;
-    PassOver([&] { form_.oListView.KeyPress.Raise(code); });
-    return code == 13;
+    // Unless a handler swallows it, the text box goes on to handle the key
+    // itself, Enter included.
+    return RaiseKeyPress(form_.tReport.KeyPress, *key, false);
 }

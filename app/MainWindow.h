@@ -91,10 +91,7 @@ private:
     void ListSelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
     void SetMousePointer(int32_t pointer);
 
-    bool KeyInFileList(QKeyEvent* key);
-    bool KeyInDirList(QKeyEvent* key);
     bool KeyInReport(QKeyEvent* key);
-    bool KeyInListView(QKeyEvent* key);
 
     frmMain& form_;
     QWidget* client_ = nullptr;

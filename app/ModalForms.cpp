@@ -21,6 +21,7 @@
 #include "Text1252.h"
 #include "pak/frmOpt.h"
 #include "pak/frmScript.h"
+#include "platform/Runtime.h"
 #include "shell/frmMain.h"
 
 namespace {
@@ -47,8 +48,41 @@ QLineEdit* BindText(TextBox& model, QWidget* parent, bool isPath) {
     return edit;
 }
 
+// A control's LostFocus, raised when its widget gives the keyboard focus to
+// another widget of the window. A focus that leaves with the window (another
+// window activated, a menu popped up) is not lost inside it.
+class FocusOut : public QObject {
+public:
+    FocusOut(QWidget* widget, Event<>& lostFocus) : QObject(widget), lostFocus_(lostFocus) {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::FocusOut) {
+            const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+            if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+                PassOver([this] { lostFocus_.Raise(); });
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    Event<>& lostFocus_;
+};
+
+// A push button of a dialog. None is a default button: Enter in a text box
+// does what it does in a text box, and only a click or the button's own key
+// presses a button.
+QPushButton* NewButton(const QString& caption, QWidget* parent) {
+    auto* button = new QPushButton(caption, parent);
+    button->setAutoDefault(false);
+    button->setDefault(false);
+    return button;
+}
+
 QPushButton* BindButton(CommandButton& model, QWidget* parent) {
-    auto* button = new QPushButton(Caption(model.Caption), parent);
+    auto* button = NewButton(Caption(model.Caption), parent);
     button->setObjectName(QString::fromStdString(model.Name));
     auto show = [&model, button] {
         button->setVisible(model.Visible());
@@ -85,13 +119,11 @@ QLabel* BindLabel(Label& model, QWidget* parent) {
     return label;
 }
 
-// "&Ok" (the default button) and "&Cancel" at the foot of a dialog.
+// "&Ok" and "&Cancel" at the foot of a dialog; Esc is "&Cancel" (reject).
 void AddButtonRow(QGridLayout& grid, CommandButton (&cmdValidate)[2], QWidget* parent, int row) {
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
-    QPushButton* ok = BindButton(cmdValidate[1], parent);
-    ok->setDefault(true);
-    buttons->addWidget(ok);
+    buttons->addWidget(BindButton(cmdValidate[1], parent));
     buttons->addWidget(BindButton(cmdValidate[0], parent));
     grid.addLayout(buttons, row, 0, 1, 3);
 }
@@ -120,7 +152,7 @@ public:
         auto* cbRow = new QHBoxLayout;
         auto* cbPath = new QLineEdit(destination);
         cbPath->setObjectName("cbPath");
-        auto* dropDown = new QPushButton(QString::fromUtf8("\u25BE"), destination);
+        auto* dropDown = NewButton(QString::fromUtf8("\u25BE"), destination);
         dropDown->setObjectName("cbPath_DropDown");
         dropDown->setFixedWidth(28);
         cbRow->addWidget(cbPath);
@@ -130,9 +162,12 @@ public:
         dirList->setObjectName("oDirFld");
         dirList->setMinimumHeight(140);
         destLayout->addWidget(dirList);
+        new FocusOut(dirList, form.oDirFld.LostFocus);
+        // Without a PAK the script's path takes the destination's place, so
+        // that it stands beside the label of the same row.
+        destLayout->addWidget(BindText(form.tScript, this, true));
         grid->addWidget(destination, 1, 1);
-        grid->addWidget(BindText(form.tScript, this, true), 2, 1);
-        grid->addWidget(BindButton(form.Command2, this), 2, 2);
+        grid->addWidget(BindButton(form.Command2, this), 1, 2, Qt::AlignTop);
 
         auto showCombo = [&form, cbPath, dropDown] {
             QString text = QFile::decodeName(QByteArray::fromStdString(form.cbPath.Text()));
@@ -181,7 +216,7 @@ public:
         frameLayout->addWidget(BindOption(form.OptSel[2], frame), 2, 0);
         auto* tSel = BindText(form.tSel, frame, false);
         frameLayout->addWidget(tSel, 2, 1);
-        connect(tSel, &QLineEdit::editingFinished, this, [&form] { form.tSel.LostFocus.Raise(); });
+        new FocusOut(tSel, form.tSel.LostFocus);
         grid->addWidget(frame, 3, 0, 1, 3);
 
         auto* bar = new QProgressBar(this);

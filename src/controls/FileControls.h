@@ -51,6 +51,9 @@ public:
 
     Event<> Change;
     Event<int16_t&> KeyPress;
+    // Raised when the list gives the keyboard focus to another control of
+    // its window.
+    Event<> LostFocus;
 
 private:
     std::string path_;

@@ -44,6 +44,7 @@ frmScript::frmScript(IScriptOwner& owner) : ModalForm("frmScript"), owner_(owner
     cbPath.DropDown.Connect([this] { cbPath_DropDown(); });
     oDirFld.Change.Connect([this] { oDirFld_Change(); });
     oDirFld.KeyPress.Connect([this](int16_t& key) { oDirFld_KeyPress(key); });
+    oDirFld.LostFocus.Connect([this] { oDirFld_LostFocus(); });
     tSel.Change.Connect([this] { tSel_Change(); });
     tSel.LostFocus.Connect([this] { tSel_LostFocus(); });
     for (int16_t i = 0; i < 2; ++i) cmdValidate[i].Click.Connect([this, i] { cmdValidate_Click(i); });

@@ -142,12 +142,8 @@ int main(int argc, char** argv) {
         if (command == "select") return RunSelect(rest, false);
         if (command == "preview") return RunSelect(rest, true);
         if (command == "hex") return RunHex(rest);
-#ifndef QUARRIN_CLI_NO_Pak
         if (command == "pak") return CliPak(rest);
-#endif
-#ifndef QUARRIN_CLI_NO_Mesh
         if (command == "mesh") return CliMesh(rest);
-#endif
     } catch (const RuntimeError& e) {
         return Fail(e.Description);
     } catch (const std::exception& e) {
