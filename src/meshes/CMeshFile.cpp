@@ -8,6 +8,7 @@
 #include "identify/modGlobal.h"
 #include "platform/LittleEndian.h"
 #include "platform/MessageBox.h"
+#include "platform/Runtime.h"
 #include "winsupport/cCommonDialog.h"
 
 namespace {
@@ -85,9 +86,7 @@ bool CMeshFile::ReadTable(int32_t& count, MeshTable<T>& table, int64_t fileEnd) 
     const int64_t remaining = std::max<int64_t>(0, fileEnd - Position(m_hFile));
     const int64_t fillable = (remaining + static_cast<int64_t>(sizeof(T)) - 1) / static_cast<int64_t>(sizeof(T));
     const auto stored = static_cast<size_t>(std::min<int64_t>(count, fillable));
-    try {
-        table.Allocate(count, stored);
-    } catch (const std::bad_alloc&) {
+    if (!PassOver([&] { table.Allocate(count, stored); })) {
         table.Clear();
         return false;
     }
@@ -120,7 +119,7 @@ bool CMeshFile::ReadTextureInfos(int64_t fileEnd) {
         m_aTextureInfos.Clear();
         return false;
     }
-    try {
+    const bool read = PassOver([&] {
         m_aTextureInfos.Allocate(count, 0);
         // Once the file has ended, every further record reads as zeros and is
         // left to the table's zero record.
@@ -134,11 +133,9 @@ bool CMeshFile::ReadTextureInfos(int64_t fileEnd) {
                 ended = true;
             m_aTextureInfos.Store(std::move(info));
         }
-    } catch (const std::bad_alloc&) {
-        m_aTextureInfos.Clear();
-        return false;
-    }
-    return true;
+    });
+    if (!read) m_aTextureInfos.Clear();
+    return read;
 }
 
 bool CMeshFile::ReadBody() {
@@ -268,24 +265,18 @@ std::string ExportSizeQuestion(int64_t megabytes) {
 // leaves an older file as it was.
 MeshExport CMeshFile::WriteModel(const std::string& path) const {
     int16_t number = 0;
-    try {
-        number = FreeFile();
-        VbOpen(number, path, VbOpenMode::Output);
-    } catch (const RuntimeError&) {
+    if (!PassOver([&] {
+            number = FreeFile();
+            VbOpen(number, path, VbOpenMode::Output);
+        }))
         return MeshExport::OpenFailed;
-    }
     try {
         WriteDirectXModel(Geometry(), [number](std::string_view piece) { VbPut(number, std::string(piece)); });
     } catch (const std::exception&) {
         VbDiscard(number);
         return MeshExport::WriteFailed;
     }
-    try {
-        VbClose(number);
-    } catch (const RuntimeError&) {
-        return MeshExport::WriteFailed;
-    }
-    return MeshExport::Written;
+    return PassOver([&] { VbClose(number); }) ? MeshExport::Written : MeshExport::WriteFailed;
 }
 
 int64_t CMeshFile::ExportSize() {
@@ -302,28 +293,21 @@ MeshExport CMeshFile::ExportModel() {
     // measuring every ordinary model.
     if (DirectXModelSizeBound(geometry) > kExportQuestionMegabytes * kMegabyte) {
         const int64_t megabytes = ExportMegabytes(DirectXModelSize(geometry));
-        try {
-            if (megabytes > kExportQuestionMegabytes &&
-                MsgBox(ExportSizeQuestion(megabytes), vbYesNo | vbQuestion) == vbNo)
-                return MeshExport::SizeDeclined;
-        } catch (const std::exception&) {
+        // A question that can't be asked is a No.
+        int32_t answer = vbNo;
+        if (megabytes > kExportQuestionMegabytes &&
+            (!PassOver([&] { answer = MsgBox(ExportSizeQuestion(megabytes), vbYesNo | vbQuestion); }) || answer == vbNo))
             return MeshExport::SizeDeclined;
-        }
     }
     std::string path;
-    try {
-        path = ChooseTarget(m_sFileName, (host_ ? host_->OwnerWindow() : 0));
-    } catch (const std::exception&) {
+    if (!PassOver([&] { path = ChooseTarget(m_sFileName, host_ ? host_->OwnerWindow() : 0); }))
         return MeshExport::Cancelled;
-    }
     // The old file goes only when the new one takes its name.
     if (FileExists(path)) {
-        try {
-            if (MsgBox(path + " already exist.\r\nDo you want to replace it?", vbYesNo) == vbNo)
-                return MeshExport::Declined;
-        } catch (const std::exception&) {
+        int32_t answer = vbNo;
+        if (!PassOver([&] { answer = MsgBox(path + " already exist.\r\nDo you want to replace it?", vbYesNo); }) ||
+            answer == vbNo)
             return MeshExport::Declined;
-        }
     }
     // A table that the body could not give would cut the model short, and a
     // model cut short never takes the place of a file.
