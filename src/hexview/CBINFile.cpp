@@ -46,7 +46,7 @@ bool CBINFile::Show(int32_t hDesDC) {
     bool complete = false;
     do {
         showAgain_ = false;
-        try {
+        PassOver([&] {
             host_.ReportPane().SetText({});
             host_.PageBar().SetMax(HexLastPage(m_lFileLength));
             int64_t offset = static_cast<int64_t>(host_.PageBar().Value()) * kHexPageBytes;
@@ -54,8 +54,7 @@ bool CBINFile::Show(int32_t hDesDC) {
             if (_llseek(m_hFile, static_cast<int32_t>(offset), FILE_BEGIN) >= 0)
                 complete = _lread(m_hFile, m_abPage, kHexPageBytes) == kHexPageBytes;
             host_.ReportPane().SetText(FormatHexPage(m_abPage, offset, m_lFileLength));
-        } catch (const RuntimeError&) {
-        }
+        });
         DoEvents();
     } while (showAgain_);
     showing_ = false;

@@ -105,7 +105,7 @@ void frmScript::Form_Activate() {
 }
 
 void frmScript::Command1_Click() {
-    try {
+    PassOver([&] {
         cCommonDialog& dialog = CommonDialog();
         dialog.SetFilter("Pak Files (*.pak)|*.pak");
         dialog.SetDialogTitle("Choose Pak File");
@@ -115,8 +115,7 @@ void frmScript::Command1_Click() {
         if (!g_sGameFolder.empty()) dialog.SetInitDir(g_sGameFolder + g_sPathSep + "sv");
         dialog.ShowOpen();
         tPak.SetText(dialog.Filename());
-    } catch (const RuntimeError&) {
-    }
+    });
 }
 
 void frmScript::cbPath_Change() {
