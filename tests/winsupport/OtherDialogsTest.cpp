@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/ScriptedDialogs.h"
@@ -149,6 +150,11 @@ TEST_F(Dialogs, ShowFont) {
          "Arial", 100, FW_BOLD, false, 0, 0, 77, true,
          FontDialogAnswer{true, "Arial", 100, FW_BOLD},
          false, arial, 0, 0},
+        {"a face name is cut to the record's 31 characters",
+         StdFont{std::string(40, 'F'), 10, true, false, false, false}, 0, static_cast<int32_t>(CF_SCALABLEONLY), 0, 0,
+         false, std::string(31, 'F'), 100, FW_BOLD, false, 0, 0, 0, false,
+         FontDialogAnswer{true, std::string(40, 'G'), 100, FW_BOLD},
+         false, StdFont{std::string(31, 'G'), 10, true, false, false, false}, 0, 0},
         {"a cancel leaves the font",
          arial, 0, 0, 0, 0, false,
          "Arial", 100, FW_BOLD, false, 0, 0, 0, false,
@@ -182,6 +188,7 @@ TEST_F(Dialogs, ShowFont) {
         EXPECT_EQ(r.sizeMax, row.sizeMax);
         EXPECT_EQ(r.printerDC, row.printerDC);
         EXPECT_EQ(r.printerFonts, row.printerFonts);
+        EXPECT_EQ(r.scalableOnly, (row.flags & CF_SCALABLEONLY) != 0);
         EXPECT_EQ(dlg.FontName(), row.out.Name);
         EXPECT_EQ(dlg.FontSize(), row.out.Size);
         EXPECT_EQ(dlg.FontBold(), row.out.Bold);
@@ -208,6 +215,7 @@ TEST_F(Dialogs, ShowPrinter) {
         std::optional<PrintDialogAnswer> answer;
         // What comes back.
         int32_t copiesOut, fromOut, toOut;
+        bool pageNumbersOut;
     };
     const int32_t all = static_cast<int32_t>(PD_PAGENUMS | PD_NOSELECTION | PD_HIDEPRINTTOFILE |
                                              PD_DISABLEPRINTTOFILE | PD_PRINTTOFILE | PD_COLLATE | PD_NOWARNING);
@@ -215,14 +223,14 @@ TEST_F(Dialogs, ShowPrinter) {
         {"no flags: equal limits disable the page range", 0, 0, 0, 0, 0, 0,
          PrintRange::All, true, false, false, false, false, false,
          PrintDialogAnswer{true, "", 3, false, DMORIENT_PORTRAIT, DMPAPER_A4, PrintRange::PageNumbers, 2, 5},
-         3, 2, 5},
+         3, 2, 5, true},
         {"every flag the dialog reads", all, 3, 4, 1, 10, 2,
          PrintRange::PageNumbers, false, true, true, true, true, true,
-         PrintDialogAnswer{true, "", 2, true, DMORIENT_PORTRAIT, DMPAPER_A4, PrintRange::PageNumbers, 0, 99},
-         2, 1, 10},
+         PrintDialogAnswer{true, "", 2, true, DMORIENT_PORTRAIT, DMPAPER_A4, PrintRange::All, 0, 99},
+         2, 1, 10, false},
         {"a cancel never raises", 0, 1, 1, 1, 9, 6,
          PrintRange::All, false, false, false, false, false, false,
-         std::nullopt, 6, 1, 1},
+         std::nullopt, 6, 1, 1, false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -252,6 +260,7 @@ TEST_F(Dialogs, ShowPrinter) {
         EXPECT_EQ(dlg.Copies(), row.copiesOut);
         EXPECT_EQ(dlg.FromPage(), row.fromOut);
         EXPECT_EQ(dlg.ToPage(), row.toOut);
+        EXPECT_EQ((dlg.flags() & PD_PAGENUMS) != 0, row.pageNumbersOut);
     }
 }
 
@@ -259,7 +268,7 @@ TEST_F(Dialogs, ThePrinterObjectIsReadAndWrittenByName) {
     ScriptedPrintDialogs user;
     auto printer = std::make_shared<PropertyBag>(PropertyBag{{"DeviceName", Variant("Laser")},
                                                              {"Copies", Variant(int32_t{4})},
-                                                             {"Orientation", Variant(int32_t{1})},
+                                                             {"Orientation", Variant(int32_t{2})},
                                                              {"PaperSize", Variant(int32_t{9})}});
     user.Print(PrintDialogAnswer{true, "Ink", 1, false, DMORIENT_LANDSCAPE, DMPAPER_LETTER});
     cCommonDialog dlg;
@@ -269,6 +278,7 @@ TEST_F(Dialogs, ThePrinterObjectIsReadAndWrittenByName) {
     EXPECT_EQ(r.printerName, "Laser");
     EXPECT_EQ(r.copies, 4);
     EXPECT_EQ(r.paperSize, DMPAPER_A4);
+    EXPECT_EQ(r.orientation, DMORIENT_LANDSCAPE);
     EXPECT_EQ(printer->GetProperty("devicename").ToString(), "Ink");
     EXPECT_EQ(printer->GetProperty("Copies").ToLong(), 1);
     EXPECT_EQ(printer->GetProperty("Orientation").ToLong(), DMORIENT_LANDSCAPE);
@@ -276,6 +286,14 @@ TEST_F(Dialogs, ThePrinterObjectIsReadAndWrittenByName) {
     // PrintQuality, which this printer lacks, was passed over.
     EXPECT_FALSE(printer->Has("PrintQuality"));
     EXPECT_EQ(dlg.Copies(), 1);
+
+    // Collation comes back to a direct caller.
+    PrintDlgArgs args;
+    user.Print(PrintDialogAnswer{true, "Ink", 2, true});
+    ASSERT_TRUE(dlg.Dialog().VBPrintDlg(args));
+    EXPECT_TRUE(args.Collate);
+    EXPECT_EQ(args.Copies, 2);
+    EXPECT_FALSE(user.PrintRequests().at(1).collate);
 }
 
 TEST_F(Dialogs, PageSetupConvertsToAndFromTheCallersUnit) {
@@ -304,6 +322,8 @@ TEST_F(Dialogs, PageSetupConvertsToAndFromTheCallersUnit) {
         user.SetUp(answer);
         cCommonDialog dlg;
         PageSetupArgs args;
+        args.Owner = 0x104;
+        args.DisableOrientation = true;
         args.Units = row.units;
         args.LeftMargin = args.TopMargin = args.RightMargin = args.BottomMargin = row.margin;
         args.MinLeftMargin = args.MinTopMargin = args.MinRightMargin = args.MinBottomMargin = row.minMargin;
@@ -312,10 +332,25 @@ TEST_F(Dialogs, PageSetupConvertsToAndFromTheCallersUnit) {
         EXPECT_EQ(r.margins.left, row.asked.left);
         EXPECT_EQ(r.margins.bottom, row.asked.bottom);
         EXPECT_EQ(r.minMargins.top, row.askedMin.top);
+        EXPECT_EQ(r.hwndOwner, 0x104);
+        EXPECT_TRUE(r.disableOrientation);
+        EXPECT_FALSE(r.disablePaper);
         EXPECT_NEAR(args.LeftMargin, row.marginOut, 0.01 * row.marginOut + 0.001);
         EXPECT_NEAR(args.BottomMargin, row.marginOut, 0.01 * row.marginOut + 0.001);
         EXPECT_NEAR(args.PaperWidth, row.paperWidthOut, 0.001 * row.paperWidthOut);
     }
+}
+
+TEST_F(Dialogs, OneMarginGivenGivesAllFour) {
+    ScriptedPrintDialogs user;
+    user.SetUp(PageSetupAnswer{});
+    PageSetupArgs args;
+    args.TopMargin = 0.5;
+    cCommonDialog dlg;
+    ASSERT_TRUE(dlg.Dialog().VBPageSetupDlg(args));
+    const RECT& asked = user.PageSetupRequests().at(0).margins;
+    EXPECT_EQ(std::vector<int32_t>({asked.left, asked.top, asked.right, asked.bottom}),
+              std::vector<int32_t>({0, 1270, 0, 0}));
 }
 
 TEST_F(Dialogs, PageSetupWithThePrinterObject) {
