@@ -37,42 +37,7 @@ int32_t ReadLong(HFILE h, int32_t& field) { return ReadField(h, field); }
 int32_t ReadLong(HFILE h, uint32_t& field) { return ReadField(h, field); }
 
 ByteCursor ByteCursor::Sub(size_t offset, size_t count) const {
-    if (!Holds(offset, count)) {
-        ByteCursor failed;
-        failed.ok_ = false;
-        return failed;
-    }
-    return ByteCursor(data_ + offset, count);
-}
-
-bool ByteCursor::Seek(size_t offset) {
-    if (offset > size_) return ok_ = false;
-    pos_ = offset;
-    return true;
-}
-
-bool ByteCursor::Skip(size_t count) {
-    if (!Holds(pos_, count)) return ok_ = false;
-    pos_ += count;
-    return true;
-}
-
-uint8_t ByteCursor::Byte() {
-    const uint8_t v = ByteAt(pos_);
-    Skip(1);
-    return v;
-}
-
-uint16_t ByteCursor::Word() {
-    const uint16_t v = WordAt(pos_);
-    Skip(2);
-    return v;
-}
-
-uint32_t ByteCursor::Long() {
-    const uint32_t v = LongAt(pos_);
-    Skip(4);
-    return v;
+    return Holds(offset, count) ? ByteCursor(data_ + offset, count) : ByteCursor();
 }
 
 uint8_t ByteCursor::ByteAt(size_t offset) const {

@@ -18,10 +18,9 @@ int32_t ReadWord(HFILE h, uint16_t& field);
 int32_t ReadLong(HFILE h, int32_t& field);
 int32_t ReadLong(HFILE h, uint32_t& field);
 
-// A read-only view of bytes in memory with a position. Every read is checked
-// against the end: a read that would pass it gives zero, moves nothing and
-// marks the cursor as failed, so a caller may read a whole record and ask
-// once, at the end, whether all of it was there.
+// A read-only view of bytes in memory. Every read is checked against the
+// end: a field whose bytes are not all inside reads as zero, so a damaged
+// length can never lead a read out of the buffer.
 class ByteCursor {
 public:
     ByteCursor() = default;
@@ -29,27 +28,14 @@ public:
 
     const uint8_t* Data() const { return data_; }
     size_t Size() const { return size_; }
-    size_t Position() const { return pos_; }
-    size_t Remaining() const { return size_ - pos_; }
-    // False once a read, a skip or a seek went past the end.
-    bool Ok() const { return ok_; }
     // True when `count` bytes from `offset` lie inside the view.
     bool Holds(size_t offset, size_t count) const { return offset <= size_ && count <= size_ - offset; }
 
-    // The `count` bytes from `offset`, as a cursor of their own at position
-    // 0; an empty, failed cursor when they are not all inside.
+    // The `count` bytes from `offset` as a view of their own; an empty view
+    // when they are not all inside.
     ByteCursor Sub(size_t offset, size_t count) const;
 
-    bool Seek(size_t offset);
-    bool Skip(size_t count);
-
-    // Reads at the position and moves past what was read.
-    uint8_t Byte();
-    uint16_t Word();
-    uint32_t Long();
-
-    // Reads at a fixed offset from the start, leaving the position alone; an
-    // offset whose bytes are not all inside reads as zero.
+    // The 1, 2 or 4 bytes at `offset` from the start.
     uint8_t ByteAt(size_t offset) const;
     uint16_t WordAt(size_t offset) const;
     uint32_t LongAt(size_t offset) const;
@@ -57,6 +43,4 @@ public:
 private:
     const uint8_t* data_ = nullptr;
     size_t size_ = 0;
-    size_t pos_ = 0;
-    bool ok_ = true;
 };

@@ -6,6 +6,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "platform/Files.h"
+#include "platform/LittleEndian.h"
 #include "platform/Runtime.h"
 
 using fixtures::TempDir;
@@ -187,4 +188,42 @@ TEST(Runtime, CaseFoldsTheLettersOfTheAnsiCodePage) {
     }
     EXPECT_EQ(VbUCase("stra\xDF" "e \xB5 \x9Cuvre \xFF"), "STRA\xDF" "E \xB5 \x8CUVRE \x9F");
     EXPECT_EQ(VbLCase("\xC0\xD7\x8A"), "\xE0\xD7\x9A");
+}
+
+TEST(LittleEndian, FieldsReadWhatIsThereAndKeepTheRest) {
+    TempDir dir;
+    WriteFile(dir / "f", std::string("\x01\x02\x83\x04\x05\x06", 6));
+    HFILE h = _lopen(dir / "f", OF_READ);
+    ASSERT_GT(h, 0);
+    uint8_t b = 0;
+    int16_t w = 0;
+    int32_t l = static_cast<int32_t>(0xAAAAAAAA);
+    EXPECT_EQ(ReadByte(h, b), 1);
+    EXPECT_EQ(b, 0x01);
+    EXPECT_EQ(ReadWord(h, w), 2);
+    EXPECT_EQ(w, static_cast<int16_t>(0x8302));
+    // Three bytes are left: the field's top byte stays.
+    EXPECT_EQ(ReadLong(h, l), 3);
+    EXPECT_EQ(static_cast<uint32_t>(l), 0xAA060504u);
+    EXPECT_EQ(ReadWord(h, w), 0);
+    EXPECT_EQ(w, static_cast<int16_t>(0x8302));
+    _lclose(h);
+    EXPECT_EQ(ReadLong(h, l), 0);
+
+    const uint8_t bytes[] = {0x01, 0x02, 0x03, 0x04, 0x05};
+    const ByteCursor c(bytes, sizeof bytes);
+    EXPECT_EQ(c.LongAt(0), 0x04030201u);
+    EXPECT_EQ(c.LongAt(1), 0x05040302u);
+    EXPECT_EQ(c.LongAt(2), 0u);
+    EXPECT_EQ(c.WordAt(3), 0x0504u);
+    EXPECT_EQ(c.WordAt(4), 0u);
+    EXPECT_EQ(c.ByteAt(4), 0x05u);
+    EXPECT_EQ(c.ByteAt(5), 0u);
+    EXPECT_EQ(c.WordAt(SIZE_MAX), 0u);
+    EXPECT_EQ(c.Sub(1, 4).LongAt(0), 0x05040302u);
+    EXPECT_EQ(c.Sub(1, 4).ByteAt(4), 0u);
+    EXPECT_EQ(c.Sub(2, 4).Size(), 0u);
+    EXPECT_EQ(c.Sub(5, 0).Size(), 0u);
+    EXPECT_TRUE(c.Holds(5, 0));
+    EXPECT_FALSE(c.Holds(6, 0));
 }
