@@ -52,6 +52,30 @@ double ThousandthsOfInchPer(EPageSetupUnits units) {
     RaiseError(vbErrInvalidCall);
 }
 
+// The printer's settings from the printer object, by name; a name the object
+// lacks, a value that does not fit, or a null object leaves the setting as it
+// was.
+void ReadPrinter(const ILateBound* printer, DEVMODE& mode) {
+    const auto read = [printer](const char* name, int16_t& setting) {
+        int32_t value = 0;
+        if (TryGetLong(printer, name, value)) PassOver([&] { setting = VbToInteger(value); });
+    };
+    TryGetText(printer, "DeviceName", mode.dmDeviceName);
+    read("Copies", mode.dmCopies);
+    read("Orientation", mode.dmOrientation);
+    read("PaperSize", mode.dmPaperSize);
+    read("PrintQuality", mode.dmPrintQuality);
+}
+
+// The dialog's choice back into the printer object, likewise.
+void WritePrinter(ILateBound* printer, const DEVMODE& mode) {
+    TryLetProperty(printer, "DeviceName", Variant(mode.dmDeviceName));
+    TryLetProperty(printer, "Copies", Variant(mode.dmCopies));
+    TryLetProperty(printer, "Orientation", Variant(mode.dmOrientation));
+    TryLetProperty(printer, "PaperSize", Variant(mode.dmPaperSize));
+    TryLetProperty(printer, "PrintQuality", Variant(mode.dmPrintQuality));
+}
+
 }  // namespace
 
 // Holds the dialog object for the hook while one platform call runs, and drops
@@ -341,15 +365,10 @@ bool GCommonDialog::VBPrintDlg(PrintDlgArgs& args) {
     if (args.PrintRange == eprPageNumbers) flags |= PD_PAGENUMS;
     if (args.PrintRange == eprSelection) flags |= PD_SELECTION;
 
-    // The printer's settings start from the printer object's, by name.
+    // The printer's settings start from the printer object's.
     ILateBound* printer = args.Printer.get();
     DEVMODE mode;
-    int32_t value = 0;
-    TryGetText(printer, "DeviceName", mode.dmDeviceName);
-    if (TryGetLong(printer, "Copies", value)) mode.dmCopies = VbToInteger(value);
-    if (TryGetLong(printer, "Orientation", value)) mode.dmOrientation = VbToInteger(value);
-    if (TryGetLong(printer, "PaperSize", value)) mode.dmPaperSize = VbToInteger(value);
-    if (TryGetLong(printer, "PrintQuality", value)) mode.dmPrintQuality = VbToInteger(value);
+    ReadPrinter(printer, mode);
     if (args.Copies > 0) mode.dmCopies = VbToInteger(args.Copies);
     mode.dmCollate = args.Collate ? DMCOLLATE_TRUE : DMCOLLATE_FALSE;
 
@@ -384,11 +403,7 @@ bool GCommonDialog::VBPrintDlg(PrintDlgArgs& args) {
     args.Copies = mode.dmCopies;
     args.Collate = mode.dmCollate == DMCOLLATE_TRUE;
     args.Flags = static_cast<int32_t>(record.Flags);
-    TryLetProperty(printer, "DeviceName", Variant(mode.dmDeviceName));
-    TryLetProperty(printer, "Copies", Variant(mode.dmCopies));
-    TryLetProperty(printer, "Orientation", Variant(mode.dmOrientation));
-    TryLetProperty(printer, "PaperSize", Variant(mode.dmPaperSize));
-    TryLetProperty(printer, "PrintQuality", Variant(mode.dmPrintQuality));
+    WritePrinter(printer, mode);
     return true;
 }
 
@@ -427,10 +442,7 @@ bool GCommonDialog::PageSetup(PageSetupArgs& args, bool withPrinter) {
     DEVMODE mode;
     mode.dmPaperSize = args.PaperSize;
     mode.dmOrientation = args.Orientation;
-    int32_t value = 0;
-    TryGetText(printer, "DeviceName", mode.dmDeviceName);
-    if (TryGetLong(printer, "PaperSize", value)) mode.dmPaperSize = VbToInteger(value);
-    if (TryGetLong(printer, "Orientation", value)) mode.dmOrientation = VbToInteger(value);
+    ReadPrinter(printer, mode);
     record.hDevMode = &mode;
     HookScope hook(*this, args.Hook, args.DialogObject);
     if (args.Hook) {
@@ -451,9 +463,7 @@ bool GCommonDialog::PageSetup(PageSetupArgs& args, bool withPrinter) {
     args.PaperSize = mode.dmPaperSize;
     args.Orientation = mode.dmOrientation;
     args.Flags = static_cast<int32_t>(record.Flags);
-    TryLetProperty(printer, "DeviceName", Variant(mode.dmDeviceName));
-    TryLetProperty(printer, "PaperSize", Variant(mode.dmPaperSize));
-    TryLetProperty(printer, "Orientation", Variant(mode.dmOrientation));
+    WritePrinter(printer, mode);
     return true;
 }
 

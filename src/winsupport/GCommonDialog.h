@@ -128,8 +128,7 @@ struct PageSetupArgs {
     EPageSetupUnits Units = epsuInches;
     double PaperWidth = 0;  // out, as the paper is turned
     double PaperHeight = 0;
-    // VBPageSetupDlg2 only: read for the first DeviceName, PaperSize and
-    // Orientation and written with the choice; a name it lacks is passed over.
+    // VBPageSetupDlg2 only: read and written as VBPrintDlg's printer is.
     std::shared_ptr<ILateBound> Printer;
     int32_t Flags = 0;
     bool Hook = false;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fixtures/ScriptedDialogs.h"
+#include "winsupport/WinsupportTestSupport.h"
 #include "platform/CommonDialogs.h"
 #include "platform/Runtime.h"
 #include "platform/Windows.h"
@@ -14,6 +15,8 @@
 
 using fixtures::ScriptedFileDialogs;
 using fixtures::ScriptedWindows;
+
+using winsupporttest::Raised;
 
 namespace {
 
@@ -55,15 +58,6 @@ private:
     IFileDialogService* previous_;
 };
 
-RuntimeError Raised(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return RuntimeError(0, "", "");
-}
 
 }  // namespace
 

@@ -8,6 +8,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/ScriptedDialogs.h"
+#include "winsupport/WinsupportTestSupport.h"
 #include "platform/CommonDialogs.h"
 #include "platform/Help.h"
 #include "platform/Runtime.h"
@@ -18,18 +19,9 @@ using fixtures::ScriptedColorDialogs;
 using fixtures::ScriptedFontDialogs;
 using fixtures::ScriptedPrintDialogs;
 
-namespace {
+using winsupporttest::FailureOf;
 
-// The number of the failure an action raised; 0 for none.
-int32_t FailureOf(const std::function<void()>& action, RuntimeError* raised = nullptr) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        if (raised != nullptr) *raised = e;
-        return e.Number;
-    }
-    return 0;
-}
+namespace {
 
 constexpr int32_t Sys(int32_t element) { return static_cast<int32_t>(0x80000000u | static_cast<uint32_t>(element)); }
 
@@ -74,7 +66,7 @@ TEST_F(Dialogs, ShowColor) {
         dlg.SetColor(row.colorIn);
         dlg.SetCancelError(row.cancelError);
         dlg.Sethwnd(0x104);
-        EXPECT_EQ(FailureOf([&] { dlg.ShowColor(); }), row.failure);
+        EXPECT_EQ(FailureOf([&] { dlg.ShowColor(); }).Number, row.failure);
         ASSERT_EQ(user.Requests().size(), 1u);
         const ColorDialogRequest& r = user.Requests()[0];
         EXPECT_EQ(r.color, row.shown);
@@ -98,8 +90,8 @@ TEST_F(Dialogs, TheCustomColoursStartAsTheSystemColoursAndKeepTheUsersChanges) {
     dlg.ShowColor();
     EXPECT_EQ(user.Requests()[1].customColors[3], 0xABCDEFu);
     EXPECT_EQ(user.Requests()[1].customColors[15], 0x123u);
-    EXPECT_EQ(FailureOf([&] { dlg.CustomColor(16); }), vbErrSubscript);
-    EXPECT_EQ(FailureOf([&] { dlg.SetCustomColor(-1, 0); }), vbErrSubscript);
+    EXPECT_EQ(FailureOf([&] { dlg.CustomColor(16); }).Number, vbErrSubscript);
+    EXPECT_EQ(FailureOf([&] { dlg.SetCustomColor(-1, 0); }).Number, vbErrSubscript);
 
     // A direct caller gets -1 for a cancelled dialog.
     ChooseColorArgs args;
@@ -176,7 +168,7 @@ TEST_F(Dialogs, ShowFont) {
         dlg.SetMax(row.max);
         dlg.SetCancelError(row.cancelError);
         if (row.withPrinter) dlg.SetObject(printer);
-        EXPECT_EQ(FailureOf([&] { dlg.ShowFont(); }), row.failure);
+        EXPECT_EQ(FailureOf([&] { dlg.ShowFont(); }).Number, row.failure);
         ASSERT_EQ(user.Requests().size(), 1u);
         const FontDialogRequest& r = user.Requests()[0];
         EXPECT_EQ(r.faceName, row.face);
@@ -244,7 +236,7 @@ TEST_F(Dialogs, ShowPrinter) {
         dlg.SetMax(row.max);
         dlg.SetCopies(row.copies);
         dlg.SetCancelError(true);
-        EXPECT_EQ(FailureOf([&] { dlg.ShowPrinter(); }), 0);
+        EXPECT_EQ(FailureOf([&] { dlg.ShowPrinter(); }).Number, 0);
         ASSERT_EQ(user.PrintRequests().size(), 1u);
         const PrintDialogRequest& r = user.PrintRequests()[0];
         EXPECT_EQ(r.range, row.range);
@@ -266,8 +258,10 @@ TEST_F(Dialogs, ShowPrinter) {
 
 TEST_F(Dialogs, ThePrinterObjectIsReadAndWrittenByName) {
     ScriptedPrintDialogs user;
+    // A value beyond the setting's 16 bits is passed over like a missing one.
     auto printer = std::make_shared<PropertyBag>(PropertyBag{{"DeviceName", Variant("Laser")},
                                                              {"Copies", Variant(int32_t{4})},
+                                                             {"PrintQuality", Variant(int32_t{70000})},
                                                              {"Orientation", Variant(int32_t{2})},
                                                              {"PaperSize", Variant(int32_t{9})}});
     user.Print(PrintDialogAnswer{true, "Ink", 1, false, DMORIENT_LANDSCAPE, DMPAPER_LETTER});
@@ -283,8 +277,8 @@ TEST_F(Dialogs, ThePrinterObjectIsReadAndWrittenByName) {
     EXPECT_EQ(printer->GetProperty("Copies").ToLong(), 1);
     EXPECT_EQ(printer->GetProperty("Orientation").ToLong(), DMORIENT_LANDSCAPE);
     EXPECT_EQ(printer->GetProperty("PaperSize").ToLong(), DMPAPER_LETTER);
-    // PrintQuality, which this printer lacks, was passed over.
-    EXPECT_FALSE(printer->Has("PrintQuality"));
+    // PrintQuality, which did not fit, goes back as the setting it left.
+    EXPECT_EQ(printer->GetProperty("PrintQuality").ToLong(), 0);
     EXPECT_EQ(dlg.Copies(), 1);
 
     // Collation comes back to a direct caller.
@@ -438,8 +432,8 @@ TEST_F(Dialogs, ShowHelp) {
         dlg.SetHelpCommand(static_cast<int32_t>(row.command));
         dlg.SetHelpFile(row.file);
         dlg.Sethwnd(0x104);
-        RuntimeError raised(0, "", "");
-        EXPECT_EQ(FailureOf([&] { dlg.ShowHelp(); }, &raised), row.failure);
+        const RuntimeError raised = FailureOf([&] { dlg.ShowHelp(); });
+        EXPECT_EQ(raised.Number, row.failure);
         EXPECT_FALSE(dlg.IsFileDialog());
         if (row.failure != 0) {
             EXPECT_EQ(raised.Source, "quarrin.cCommonDialog");

@@ -3,11 +3,14 @@
 #include <functional>
 
 #include "fixtures/ScriptedDialogs.h"
+#include "winsupport/WinsupportTestSupport.h"
 #include "identify/modGlobal.h"
 #include "platform/Runtime.h"
 #include "winsupport/cCommonDialog.h"
 
 using fixtures::ScriptedFileDialogs;
+
+using winsupporttest::Raised;
 
 namespace {
 
@@ -20,15 +23,6 @@ protected:
     cCommonDialog dlg;
 };
 
-RuntimeError Raised(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return RuntimeError(0, "", "");
-}
 
 }  // namespace
 
