@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "fixtures/ByteWriter.h"
@@ -46,6 +48,24 @@ TEST(TypeTable, HoldsTwentyUniqueIdsWithTheirFlags) {
     EXPECT_STREQ(FindNerhaltType(0x0CCCB3A4)->Name, "Cover File");
     EXPECT_STREQ(FindNerhaltType(0x06364764)->Name, "ColorLut (look up table)");
     EXPECT_EQ(FindNerhaltType(0x12345678), nullptr);
+    // Five types can be shown; of these all but the palette can be saved.
+    const std::string shown[] = {"msh", "btm", "amh", "plt", "pak"};
+    const std::string saved[] = {"msh", "btm", "amh", "pak"};
+    for (size_t i = 0; i < count; ++i) {
+        SCOPED_TRACE(rows[i].Extension);
+        EXPECT_EQ(rows[i].Able2Show, std::count(std::begin(shown), std::end(shown), rows[i].Extension) == 1);
+        EXPECT_EQ(rows[i].Able2Save, std::count(std::begin(saved), std::end(saved), rows[i].Extension) == 1);
+    }
+}
+
+TEST_F(Recogniser, AnUnknownIdAfterAKnownOneOffersNothing) {
+    // The flags are the row's, whatever the mesh class says of the file.
+    files.Initialize(Write("a.msh", Head(0x6E71, 0x00553C98, 60)), 0, nullptr);
+    EXPECT_TRUE(files.IsAble2Show());
+    EXPECT_TRUE(files.IsAble2Save());
+    EXPECT_TRUE(files.Initialize(Write("b.bin", Head(0x6E71, 0x12345678, 8)), 0, nullptr));
+    EXPECT_FALSE(files.IsAble2Show());
+    EXPECT_FALSE(files.IsAble2Save());
 }
 
 TEST_F(Recogniser, NamesASignedFileOfAKnownIdWithoutAClass) {
