@@ -49,8 +49,13 @@ const std::string& LargeMeshPath() {
     return path;
 }
 
+FileHost& Host() {
+    static FileHost host;
+    return host;
+}
+
 std::unique_ptr<CMeshFile> LoadedMesh() {
-    auto mesh = std::make_unique<CMeshFile>();
+    auto mesh = std::make_unique<CMeshFile>(Host());
     mesh->Initialize(LargeMeshPath(), 0, nullptr);
     mesh->LoadBody();
     return mesh;
@@ -60,7 +65,7 @@ void BM_ReadMesh(benchmark::State& state) {
     const std::string& path = LargeMeshPath();
     const int64_t size = FileLen(path);
     for (auto _ : state) {
-        CMeshFile mesh;
+        CMeshFile mesh{Host()};
         mesh.Initialize(path, 0, nullptr);
         if (!mesh.LoadBody() || mesh.VertexCount() != kCount) state.SkipWithError("the mesh was not read");
         benchmark::DoNotOptimize(mesh.Polygons()(kCount - 1));

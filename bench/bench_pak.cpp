@@ -56,7 +56,8 @@ void ListPak100000Members(benchmark::State& state) {
     const std::string& path = BigPak();
     for (auto _ : state) {
         ListView lv{"oListView"};
-        CPAKFile pak;
+        FileHost host;
+        CPAKFile pak{host};
         pak.Initialize(path, 0, &lv);
         pak.Show(0);
         if (lv.Count() != 100000) state.SkipWithError("the listing is not whole");

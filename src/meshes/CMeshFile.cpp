@@ -213,8 +213,8 @@ std::string CMeshFile::ReportText(size_t capacity, TextFilter shown) {
 }
 
 bool CMeshFile::Show(int32_t hDesDC) {
-    if (m_hFile == 0 || host_ == nullptr) return false;
-    TextBox& pane = host_->ReportPane();
+    if (m_hFile == 0) return false;
+    TextBox& pane = host_.ReportPane();
     try {
         pane.SetText(ReportText(pane.Capacity()));
     } catch (const std::exception&) {
@@ -300,7 +300,7 @@ MeshExport CMeshFile::ExportModel() {
             return MeshExport::SizeDeclined;
     }
     std::string path;
-    if (!PassOver([&] { path = ChooseTarget(m_sFileName, host_ ? host_->OwnerWindow() : 0); }))
+    if (!PassOver([&] { path = ChooseTarget(m_sFileName, host_.OwnerWindow()); }))
         return MeshExport::Cancelled;
     // The old file goes only when the new one takes its name.
     if (FileExists(path)) {

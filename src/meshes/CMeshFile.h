@@ -45,10 +45,7 @@ std::string ExportSizeQuestion(int64_t megabytes);
 
 class CMeshFile : public CNerhaltFile {
 public:
-    // Without a host the object reads and reports its file but has no pane
-    // to show the report in and no window to own its dialogs.
-    CMeshFile() = default;
-    explicit CMeshFile(IFileHost& host) : host_(&host) {}
+    explicit CMeshFile(IFileHost& host) : host_(host) {}
     ~CMeshFile() override;
     CMeshFile(const CMeshFile&) = delete;
     CMeshFile& operator=(const CMeshFile&) = delete;
@@ -116,7 +113,7 @@ private:
 
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;
-    IFileHost* host_ = nullptr;
+    IFileHost& host_;
     ListView* m_oLv = nullptr;
     std::string m_sPathName;
     bool m_bValid = false;

@@ -123,7 +123,7 @@ PakMemberSave CPAKFile::SaveMember() {
         oDialog.SetCancelError(true);
         oDialog.SetFilename(abName);
         oDialog.SetFilterIndex(1);
-        oDialog.Sethwnd((host_ ? host_->OwnerWindow() : 0));
+        oDialog.Sethwnd(host_.OwnerWindow());
         outcome = PakMemberSave::Cancelled;
         oDialog.ShowSave();
         const std::string sTarget = oDialog.Filename();

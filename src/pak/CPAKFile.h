@@ -36,10 +36,7 @@ enum class PakMemberSave {
 
 class CPAKFile : public CNerhaltFile {
 public:
-    // Without a host the object lists and saves its members with no window
-    // to own its dialogs.
-    CPAKFile() = default;
-    explicit CPAKFile(IFileHost& host) : host_(&host) {}
+    explicit CPAKFile(IFileHost& host) : host_(host) {}
     ~CPAKFile() override;
     CPAKFile(const CPAKFile&) = delete;
     CPAKFile& operator=(const CPAKFile&) = delete;
@@ -66,7 +63,7 @@ private:
 
     HFILE m_hFile = 0;
     int32_t m_hDesDC = 0;
-    IFileHost* host_ = nullptr;
+    IFileHost& host_;
     ListView* m_oLv = nullptr;
     std::string m_sPathName;
     bool m_bValid = false;

@@ -80,7 +80,8 @@ void PrintItems(const ListView& lv, bool terminal) {
 int PakList(const std::vector<std::string>& args) {
     if (args.size() != 1) return PakFail("pak list takes one PATH");
     ListView lv{"oListView"};
-    CPAKFile pak;
+    FileHost host;
+    CPAKFile pak{host};
     std::string why;
     if (!OpenPak(pak, lv, args[0], why)) return PakFail(why);
     PrintItems(lv, StdoutIsTerminal());
@@ -106,7 +107,8 @@ int PakSave(const std::vector<std::string>& args) {
         return PakFail("INDEX must be a member number from 1, not '" + positional[1] + "'");
 
     ListView lv{"oListView"};
-    CPAKFile pak;
+    FileHost host;
+    CPAKFile pak{host};
     std::string why;
     if (!OpenPak(pak, lv, path, why)) return PakFail(why);
     if (index < 1 || index > lv.Count())
