@@ -5,8 +5,6 @@
 #include <vector>
 
 #include "platform/Files.h"
-#include "platform/Picture.h"
-#include "platform/Runtime.h"
 
 namespace {
 
@@ -80,17 +78,4 @@ bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const Bm
         return false;
     }
     return CommitReplacement(h);
-}
-
-void SavePicture(const StdPicture& picture, const std::string& path) {
-    if (!picture.Whole()) RaiseError(vbErrInvalidPicture, {}, "Invalid picture");
-    const bool written = WriteBmp24(path, picture.Width, picture.Height, [&](int32_t y, uint8_t* bgr) {
-        const uint8_t* in = picture.Pixel(0, y);
-        for (int32_t x = 0; x < picture.Width; ++x, in += 4, bgr += 3) {
-            bgr[0] = in[0];
-            bgr[1] = in[1];
-            bgr[2] = in[2];
-        }
-    });
-    if (!written) RaiseError(vbErrPathFileAccess);
 }

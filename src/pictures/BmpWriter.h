@@ -1,6 +1,6 @@
 #pragma once
-// The runtime's SavePicture: our own writer of Windows BMP files in their
-// uncompressed 24-bit form. The file starts with the two standard headers
+// Our own writer of Windows BMP files in their uncompressed 24-bit form, behind
+// the runtime's SavePicture. The file starts with the two standard headers
 // (BITMAPFILEHEADER, 14 bytes, and BITMAPINFOHEADER, 40 bytes) and holds the
 // rows bottom-up, each pixel blue, green, red, each row padded with zeros to a
 // multiple of 4 bytes. The file is written under a temporary name and takes
@@ -9,8 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-
-struct StdPicture;
 
 constexpr int32_t kBmpHeaderSize = 54;
 
@@ -25,7 +23,3 @@ std::string Bmp24Headers(int32_t width, int32_t height);
 using BmpRowSource = std::function<void(int32_t y, uint8_t* bgr)>;
 // Writes the BMP; false when it could not be written whole.
 bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const BmpRowSource& row);
-
-// Saves a picture as a BMP; raises 75, "Path/File access error", when the
-// file can't be written.
-void SavePicture(const StdPicture& picture, const std::string& path);

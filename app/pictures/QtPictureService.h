@@ -1,0 +1,17 @@
+#pragma once
+// Qt's image reader and writer for the picture services: BMP, the first frame
+// of a GIF, and JPEG, baseline and progressive, within Qt's allocation limit.
+// Every other format Qt could read is refused, as the runtime's loader knows
+// only these three.
+#include <QImage>
+#include <QString>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Decodes the file into rows of 0xAARRGGBB values from top to bottom; false
+// when it can't be read or is none of the three formats.
+bool DecodeWithQt(const std::string& path, int32_t& width, int32_t& height, std::vector<uint32_t>& pixels);
+
+// A path of the file system's bytes as Qt names it.
+QString QtPath(const std::string& path);
