@@ -209,7 +209,10 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
 
     auto* img = new PictureArea(form_.oImg, fraMain);
     img->setObjectName(QStringLiteral("oImg"));
-    img->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    // The border is as wide as the model says, so that the inside of the
+    // widget is the box's inner size.
+    img->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    img->setLineWidth(form_.oImg.BorderPixels);
     img_ = img;
     Bind(form_.oImg, img_, [this] {
         if (picture_ != nullptr) Place(form_.oPicture, picture_);

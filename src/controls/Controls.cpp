@@ -71,6 +71,13 @@ void ScrollBar::Clamp() {
     }
 }
 
+int32_t PictureBox::InnerPixels(int32_t size) const {
+    // A window has whole pixels: the size in the parent's units is rounded.
+    const int64_t unit = std::max(1, ParentUnitsPerPixel);
+    const int64_t pixels = (static_cast<int64_t>(size) + unit / 2) / unit;
+    return static_cast<int32_t>(std::max<int64_t>(0, pixels - 2 * static_cast<int64_t>(BorderPixels)));
+}
+
 const Panel& StatusBar::Panels(int32_t index) const {
     if (index < 1 || index > PanelCount()) RaiseError(35600, {}, "Index out of bounds");
     return panels_[index - 1];

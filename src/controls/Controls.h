@@ -232,8 +232,16 @@ public:
 class PictureBox : public Control {
 public:
     using Control::Control;
-    int32_t ScaleWidth() const { return Bounds().Width; }
-    int32_t ScaleHeight() const { return Bounds().Height; }
+    // The inside of the box in its own scale unit, the pixel: its size in
+    // whole pixels less the border on both sides, never below 0.
+    int32_t ScaleWidth() const { return InnerPixels(Bounds().Width); }
+    int32_t ScaleHeight() const { return InnerPixels(Bounds().Height); }
+    // The parent's units to a pixel: 15 where the parent measures in twips,
+    // 1 where it measures in pixels.
+    int32_t ParentUnitsPerPixel = 1;
+    // The width of the border on each side, in pixels: 2 for the sunken 3-D
+    // border, 0 for none.
+    int32_t BorderPixels = 0;
     // A system colour when the high bit is set; the runtime's default is the
     // button face.
     uint32_t BackColor = 0x8000000F;
@@ -243,6 +251,9 @@ public:
     void Cls() { Notify(); }
     // Refresh asks the view to repaint.
     void Refresh() { Notify(); }
+
+private:
+    int32_t InnerPixels(int32_t size) const;
 };
 
 // The screen object: the program's mouse pointer (0 default, 11 hourglass)

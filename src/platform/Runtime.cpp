@@ -15,6 +15,7 @@ std::string VbErrorDescription(int32_t number) {
         case vbErrOverflow: return "Overflow";
         case vbErrOutOfMemory: return "Out of memory";
         case vbErrSubscript: return "Subscript out of range";
+        case vbErrDivisionByZero: return "Division by zero";
         case vbErrTypeMismatch: return "Type mismatch";
         case vbErrBadFileNumber: return "Bad file name or number";
         case vbErrFileNotFound: return "File not found";
@@ -92,6 +93,11 @@ int32_t VbToLong(int64_t v) {
 
 int16_t VbAdd16(int32_t a, int32_t b) { return VbToInteger(static_cast<int64_t>(a) + b); }
 int32_t VbAdd32(int64_t a, int64_t b) { return VbToLong(a + b); }
+
+int32_t VbIntDiv(int32_t a, int32_t b) {
+    if (b == 0) RaiseError(vbErrDivisionByZero);
+    return VbToLong(static_cast<int64_t>(a) / b);
+}
 
 int32_t VbCLng(const std::string& text) {
     size_t i = 0;

@@ -14,6 +14,7 @@ enum VbErrorNumber : int32_t {
     vbErrOverflow = 6,
     vbErrOutOfMemory = 7,
     vbErrSubscript = 9,
+    vbErrDivisionByZero = 11,
     vbErrTypeMismatch = 13,
     vbErrBadFileNumber = 52,
     vbErrFileNotFound = 53,
@@ -96,6 +97,9 @@ int16_t VbAdd16(int32_t a, int32_t b);
 int32_t VbAdd32(int64_t a, int64_t b);
 int16_t VbToInteger(int64_t v);
 int32_t VbToLong(int64_t v);
+// Integer division (\) of 32-bit values, discarding the remainder: a divisor
+// of 0 raises error 11, "Division by zero", and a quotient outside the type 6.
+int32_t VbIntDiv(int32_t a, int32_t b);
 
 // Val()-like conversion of a decimal text to a 32-bit signed integer: leading
 // blanks ignored, digits up to the first other character. Raises 6 when the

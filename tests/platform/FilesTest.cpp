@@ -161,6 +161,15 @@ TEST(RuntimeArithmetic, OverflowsLikeTheRuntimesIntegers) {
         EXPECT_EQ(e.Description, "Overflow");
     }
     EXPECT_THROW(VbAdd32(INT32_MAX, 1), RuntimeError);
+    EXPECT_EQ(VbIntDiv(-7, 2), -3);
+    EXPECT_THROW(VbIntDiv(INT32_MIN, -1), RuntimeError);
+    try {
+        VbIntDiv(1, 0);
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.Number, 11);
+        EXPECT_EQ(e.Description, "Division by zero");
+    }
     EXPECT_EQ(VbCLng("            1234"), 1234);
     EXPECT_EQ(VbCLng("-7"), -7);
     EXPECT_THROW(VbCLng("99999999999"), RuntimeError);

@@ -106,14 +106,3 @@ TEST_F(Commands, ExitClosesTheWindowAndToolsOpenTheirDialogs) {
     form.mnuSubFile[4]->Click.Raise();
     EXPECT_TRUE(closed);
 }
-
-TEST_F(Commands, ResizingKeepsTheWindowAboveItsMinimum) {
-    form.Move(0, 0, 12000, 9000);
-    EXPECT_EQ(form.tReport.Bounds().Width, 12000 - 4580 - 580);
-    EXPECT_EQ(form.oListView.Bounds().Width, form.oImg.Bounds().Width);
-    EXPECT_EQ(form.oVScroll.Bounds().Left, 4580 + form.tReport.Bounds().Width - 285);
-    form.SetWidth(5000);
-    EXPECT_EQ(form.WindowWidth(), 7200);
-    form.SetHeight(5000);  // H = 5000 - 660 is below 5600: the window gets 6400
-    EXPECT_EQ(form.WindowHeight(), 6400);
-}
