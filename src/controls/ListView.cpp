@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <new>
 #include <ostream>
 #include <stdexcept>
 
@@ -197,7 +198,17 @@ void ListItem::SetSubItemText(int32_t index, std::string_view text) {
 
 // ---- ListItemRange ----------------------------------------------------------------
 
-ListItem* ListItemRange::operator[](size_t i) const { return &(*chunks_)[i / kChunk][i % kChunk]; }
+ListItemRange::Chunk::Chunk()
+    : slots_(static_cast<ListItem*>(::operator new(kChunk * sizeof(ListItem), std::align_val_t(alignof(ListItem))))) {}
+
+ListItemRange::Chunk::~Chunk() {
+    while (made_ > 0) slots_[--made_].~ListItem();
+    ::operator delete(slots_, std::align_val_t(alignof(ListItem)));
+}
+
+ListItem& ListItemRange::Chunk::Emplace() { return *new (slots_ + made_++) ListItem(); }
+
+ListItem* ListItemRange::operator[](size_t i) const { return &(*(*chunks_)[i / kChunk])[i % kChunk]; }
 
 ListItem* ListItemRange::at(size_t i) const {
     if (i >= count_) throw std::out_of_range("ListItemRange::at");
@@ -207,9 +218,8 @@ ListItem* ListItemRange::at(size_t i) const {
 // ---- ListView ---------------------------------------------------------------------
 
 ListItem& ListView::Add(const std::string& text) {
-    if (count_ == chunks_.size() * ListItemRange::kChunk)
-        chunks_.push_back(std::make_unique<ListItem[]>(ListItemRange::kChunk));
-    ListItem& item = *At(count_);
+    if (count_ == chunks_.size() * ListItemRange::kChunk) chunks_.push_back(std::make_unique<ListItemRange::Chunk>());
+    ListItem& item = chunks_.back()->Emplace();
     ++count_;
     item.Text = text;
     orderDirty_ = true;

@@ -126,7 +126,23 @@ public:
     // Items live in chunks of this many, which never move.
     static constexpr size_t kChunk = 1024;
 
-    ListItemRange(const std::vector<std::unique_ptr<ListItem[]>>* chunks, size_t count)
+    // Room for kChunk items, of which only those added are made: a short
+    // list costs its items, not a whole chunk of them.
+    class Chunk {
+    public:
+        Chunk();
+        ~Chunk();
+        Chunk(const Chunk&) = delete;
+        Chunk& operator=(const Chunk&) = delete;
+        ListItem& Emplace();
+        ListItem& operator[](size_t i) const { return slots_[i]; }
+
+    private:
+        ListItem* slots_;
+        size_t made_ = 0;
+    };
+
+    ListItemRange(const std::vector<std::unique_ptr<Chunk>>* chunks, size_t count)
         : chunks_(chunks), count_(count) {}
     size_t size() const { return count_; }
     bool empty() const { return count_ == 0; }
@@ -137,7 +153,7 @@ public:
     iterator end() const { return {this, count_}; }
 
 private:
-    const std::vector<std::unique_ptr<ListItem[]>>* chunks_;
+    const std::vector<std::unique_ptr<Chunk>>* chunks_;
     size_t count_;
 };
 
@@ -187,7 +203,7 @@ private:
     void EnsureOrder();
     // Items live in chunks that never move, so an item stays where it is
     // while the list grows, and a growing list never holds two copies.
-    std::vector<std::unique_ptr<ListItem[]>> chunks_;
+    std::vector<std::unique_ptr<ListItemRange::Chunk>> chunks_;
     size_t count_ = 0;
     std::vector<ListItem*> order_;  // display order, when sorted
     bool orderDirty_ = true;
