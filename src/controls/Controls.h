@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "controls/Event.h"
+#include "platform/Gdi.h"
+#include "platform/Picture.h"
 
 // Position and size, in the parent's scale units (twips on frmMain).
 struct Rect {
@@ -228,10 +230,19 @@ public:
     Event<> Click;
 };
 
-// A picture box: a pixel image that the file classes paint into.
+// A picture box with a persistent image: a memory device context holding a
+// 32-bit top-down bitmap of the box's inner size in pixels, which the file
+// classes paint into and a view shows. The image takes a new size when the box
+// is next drawn into, cleared, refreshed or read, so the place and the units
+// may be set in any order; it keeps what it held at the top left and fills the
+// rest with the background colour.
 class PictureBox : public Control {
 public:
-    using Control::Control;
+    explicit PictureBox(std::string name = {});
+    ~PictureBox() override;
+    PictureBox(const PictureBox&) = delete;
+    PictureBox& operator=(const PictureBox&) = delete;
+
     // The inside of the box in its own scale unit, the pixel: its size in
     // whole pixels less the border on both sides, never below 0.
     int32_t ScaleWidth() const { return InnerPixels(Bounds().Width); }
@@ -245,15 +256,60 @@ public:
     // A system colour when the high bit is set; the runtime's default is the
     // button face.
     uint32_t BackColor = 0x8000000F;
-    // The device context that the file classes paint on.
-    int32_t hDC = 0;
-    // Cls clears the image to the background colour.
-    void Cls() { Notify(); }
-    // Refresh asks the view to repaint.
-    void Refresh() { Notify(); }
+    // The device context on the image, for the whole life of the box.
+    const HDC hDC;
+
+    // Clears the image to the background colour and draws the Picture over it.
+    void Cls();
+    // Sets the pixel at (x, y), rounded to the nearest pixel, to a colour word;
+    // a system colour (high bit set) is resolved, and the high byte of any
+    // other is not looked at. A point outside the image is passed over.
+    void PSet(float x, float y, uint32_t color);
+    // The colour word of a pixel of the image; -1 outside it.
+    int32_t Point(float x, float y) const;
+    // Asks the view to repaint.
+    void Refresh() {
+        SyncImage();
+        Notify();
+    }
+
+    // The persistent image as a picture object that refers to the box's
+    // bitmap; empty while the box has no pixels.
+    ::Picture Image() const;
+    // The background picture: setting it clears the image and draws the
+    // picture at the top left.
+    const ::Picture& Picture() const { return picture_; }
+    void SetPicture(::Picture picture);
+
+    // The image for a view: rows from top to bottom, 4 bytes a pixel (blue,
+    // green, red, unused), no padding; null while the box has no pixels.
+    const uint8_t* ImageBits() const {
+        SyncImage();
+        return bits_;
+    }
+    int32_t ImageWidth() const {
+        SyncImage();
+        return imageWidth_;
+    }
+    int32_t ImageHeight() const {
+        SyncImage();
+        return imageHeight_;
+    }
 
 private:
     int32_t InnerPixels(int32_t size) const;
+    // Gives the image the box's present inner size.
+    void SyncImage() const;
+    uint32_t ResolvedBackColor() const;
+    void FillBack(int32_t left, int32_t top) const;
+
+    // The image follows the box's size even when it is only read.
+    mutable HBITMAP image_ = 0;
+    HBITMAP stock_ = 0;
+    mutable uint8_t* bits_ = nullptr;
+    mutable int32_t imageWidth_ = 0;
+    mutable int32_t imageHeight_ = 0;
+    ::Picture picture_;
 };
 
 // The screen object: the program's mouse pointer (0 default, 11 hourglass)

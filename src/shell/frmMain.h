@@ -48,7 +48,7 @@ public:
     Label lInfo{"lInfo"};
     TextBox tReport{"tReport"};
     ScrollBar oVScroll{"oVScroll"};
-    PictureBox oImg{"oImg"};
+    PictureBox oImg{"oImg", ScaleUnits::Twips};
     PictureBox oPicture{"oPicture"};
     Label oSSTab{"oSSTab"};  // one tab, "Documents"
     MenuItem mnuFile{"mnuFile", 0, "&File"};
