@@ -48,7 +48,7 @@ public:
     Label lInfo{"lInfo"};
     TextBox tReport{"tReport"};
     ScrollBar oVScroll{"oVScroll"};
-    PictureBox oImg{"oImg", ScaleUnits::Twips};
+    PictureBox oImg{"oImg"};
     PictureBox oPicture{"oPicture"};
     Label oSSTab{"oSSTab"};  // one tab, "Documents"
     MenuItem mnuFile{"mnuFile", 0, "&File"};
