@@ -32,6 +32,7 @@
 #include "Icons.h"
 #include "KeyCodes.h"
 #include "ListViewModel.h"
+#include "PictureView.h"
 #include "Text1252.h"
 #include "platform/Runtime.h"
 #include "shell/frmMain.h"
@@ -218,7 +219,7 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
         if (picture_ != nullptr) Place(form_.oPicture, picture_);
         img_->update();
     });
-    auto* picture = new PictureArea(form_.oPicture, img_);
+    auto* picture = new PictureView(form_.oPicture, img_);
     picture->setObjectName(QStringLiteral("oPicture"));
     picture_ = picture;
     Bind(form_.oPicture, picture_, [this] { picture_->update(); });

@@ -9,6 +9,7 @@
 #include "QtDialogServices.h"
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
+#include "QtPictureService.h"
 #include "platform/FileDialogs.h"
 #include "platform/MessageBox.h"
 #include "platform/Runtime.h"
@@ -45,6 +46,7 @@ int main(int argc, char** argv) {
     QtFileDialogService fileDialogs;
     SetFileDialogService(&fileDialogs);
     QtDialogServices otherDialogs;
+    const QtPictureLoader pictures;
     EventPump::Install();
 
     int status = 0;

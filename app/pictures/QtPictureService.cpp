@@ -4,6 +4,14 @@
 #include <QImageReader>
 #include <algorithm>
 
+QtPictureLoader::QtPictureLoader() : previous_(GetPictureLoader()) { SetPictureLoader(this); }
+
+QtPictureLoader::~QtPictureLoader() { SetPictureLoader(previous_); }
+
+bool QtPictureLoader::Load(const std::string& path, int32_t& width, int32_t& height, std::vector<uint32_t>& pixels) {
+    return DecodeWithQt(path, width, height, pixels);
+}
+
 QString QtPath(const std::string& path) { return QFile::decodeName(QByteArray::fromStdString(path)); }
 
 bool DecodeWithQt(const std::string& path, int32_t& width, int32_t& height, std::vector<uint32_t>& pixels) {

@@ -45,7 +45,7 @@ std::string Bmp24Headers(int32_t width, int32_t height) {
     return out;
 }
 
-bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const BmpRowSource& row) {
+bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const BmpRowSource& source) {
     const std::string headers = Bmp24Headers(width, height);
     if (headers.empty()) return false;
     const HFILE h = CreateReplacement(path);
@@ -56,17 +56,11 @@ bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const Bm
     try {
         ok = _lwrite(h, headers.data(), kBmpHeaderSize) == kBmpHeaderSize;
         std::vector<uint8_t> block(static_cast<size_t>(std::min<int64_t>(rowsPerBlock, height) * stride));
-        // The file's first row is the picture's bottom row.
         for (int32_t done = 0; ok && done < height;) {
-            const int32_t rows = static_cast<int32_t>(std::min<int64_t>(rowsPerBlock, height - done));
-            for (int32_t r = 0; r < rows; ++r) {
-                uint8_t* out = block.data() + static_cast<size_t>(r * stride);
-                // The padding stays zero whatever the row source does.
-                std::memset(out + static_cast<size_t>(width) * 3, 0, static_cast<size_t>(stride - int64_t{width} * 3));
-                row(height - 1 - (done + r), out);
-            }
+            const auto rows = static_cast<int32_t>(std::min<int64_t>(rowsPerBlock, height - done));
             const auto bytes = static_cast<int32_t>(rows * stride);
-            ok = _lwrite(h, block.data(), bytes) == bytes;
+            std::memset(block.data(), 0, static_cast<size_t>(bytes));
+            ok = source(done, rows, block.data()) && _lwrite(h, block.data(), bytes) == bytes;
             done += rows;
         }
     } catch (...) {

@@ -18,8 +18,10 @@ int64_t Bmp24Stride(int32_t width);
 // (a size of 0 or less, or a file beyond 4 GiB).
 std::string Bmp24Headers(int32_t width, int32_t height);
 
-// Fills the width × 3 bytes of picture row y (0 is the top) with blue, green
-// and red.
-using BmpRowSource = std::function<void(int32_t y, uint8_t* bgr)>;
+// Fills `rows` rows of the pixel data in the file's order, from row `first`
+// on (row 0 is the picture's bottom row): each row Bmp24Stride bytes of blue,
+// green and red, its spare bytes left as they are (zero). False stops the
+// write.
+using BmpRowSource = std::function<bool(int32_t first, int32_t rows, uint8_t* out)>;
 // Writes the BMP; false when it could not be written whole.
-bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const BmpRowSource& row);
+bool WriteBmp24(const std::string& path, int32_t width, int32_t height, const BmpRowSource& rows);

@@ -4,6 +4,7 @@
 
 #include "hexview/CBINFile.h"
 #include "identify/CNerhaltFiles.h"
+#include "pictures/CImageFiles.h"
 #include "shell/GameFileClasses.h"
 #include "identify/modGlobal.h"
 #include "platform/MessageBox.h"
@@ -114,6 +115,7 @@ frmMain::frmMain() : Form("frmMain") {
 frmMain::~frmMain() {
     // The file objects end before the controls they reach.
     m_oGameFiles.reset();
+    m_oImageFiles.reset();
     m_oBinFile.reset();
 }
 
@@ -228,6 +230,14 @@ void frmMain::oFile_Click() {
         if (!m_oGameFiles) m_oGameFiles = std::make_unique<CNerhaltFiles>(GameFileClasses(*this));
         game = m_oGameFiles->Initialize(path, oImg.hDC, &oListView);
     });
+    // The common pictures are tried only for a file that isn't the game's.
+    bool picture = false;
+    if (!game) {
+        PassOver([&] {
+            if (!m_oImageFiles) m_oImageFiles = std::make_unique<CImageFiles>(*this);
+            picture = m_oImageFiles->Initialize(path);
+        });
+    }
     if (game) {
         m_lFileKind = fkGame;
         PassOver([&] {
@@ -240,6 +250,11 @@ void frmMain::oFile_Click() {
         PassOver([&] { oStatusBar.SetPanelText(2, m_oGameFiles->Extension()); });
         PassOver([&] { oStatusBar.SetPanelText(1, m_oGameFiles->Information()); });
         PassOver([&] { SetShowOffer(m_oGameFiles->IsAble2Show()); });
+    } else if (picture) {
+        m_lFileKind = fkPicture;
+        PassOver([&] { oStatusBar.SetPanelText(2, m_oImageFiles->Extension()); });
+        PassOver([&] { oStatusBar.SetPanelText(1, m_oImageFiles->Information()); });
+        PassOver([&] { SetShowOffer(m_oImageFiles->IsAble2Show()); });
     } else if (IsTextExtension(ext)) {
         m_lFileKind = fkText;
         PassOver([&] { oVScroll.SetVisible(false); });
@@ -284,6 +299,14 @@ void frmMain::oFile_DblClick() {
                 if (failed) PassOver([&] { tReport.SetText(text.substr(0, kTextCut) + "\r\n..."); });
                 break;
             }
+            case fkPicture:
+                SetSaveOffer(m_oImageFiles->IsAble2Save());
+                oListView.SetVisible(false);
+                oPicture.SetVisible(true);
+                oImg.SetVisible(true);
+                m_oImageFiles->Show();
+                oImg.Refresh();
+                break;
             case fkGame: {
                 bool listView = !m_oGameFiles->HideListView();
                 oListView.SetVisible(listView);
@@ -359,6 +382,9 @@ void frmMain::SaveCommand() {
         case fkNone:
         case fkGame:
             if (m_oGameFiles) m_oGameFiles->SaveAs();
+            break;
+        case fkPicture:
+            if (m_oImageFiles) m_oImageFiles->SaveAs();
             break;
         default: break;
     }

@@ -17,6 +17,7 @@
 
 class CNerhaltFiles;
 class CBINFile;
+class CImageFiles;
 
 // How the selected file is previewed.
 enum FileKind : int32_t { fkNone = 0, fkText = 1, fkPicture = 2, fkGame = 3 };
@@ -65,6 +66,7 @@ public:
     int32_t m_lSortColumn = 1;
     int32_t m_lFileKind = fkNone;
     std::unique_ptr<CNerhaltFiles> m_oGameFiles;
+    std::unique_ptr<CImageFiles> m_oImageFiles;
     std::unique_ptr<CBINFile> m_oBinFile;
     // Set when the window has been closed through Form_Unload.
     bool Unloaded = false;

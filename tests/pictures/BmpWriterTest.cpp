@@ -28,6 +28,14 @@ std::vector<uint8_t> PatternRgb(int32_t width, int32_t height) {
     return out;
 }
 
+// The rows of the pattern in the file's order.
+BmpRowSource PatternRows(int32_t width, int32_t height) {
+    return [=](int32_t first, int32_t rows, uint8_t* out) {
+        for (int32_t r = 0; r < rows; ++r) PatternRow(width, height - 1 - (first + r), out + r * Bmp24Stride(width));
+        return true;
+    };
+}
+
 }  // namespace
 
 TEST(BmpWriter, ImageMagickReadsEveryWidthPaddingBack) {
@@ -35,7 +43,7 @@ TEST(BmpWriter, ImageMagickReadsEveryWidthPaddingBack) {
     TempDir dir;
     for (auto [w, h] : {std::pair{1, 1}, {3, 2}, {4, 3}, {5, 4}, {6, 1}}) {
         const std::string path = dir / (std::to_string(w) + "x" + std::to_string(h) + ".bmp");
-        ASSERT_TRUE(WriteBmp24(path, w, h, [w = w](int32_t y, uint8_t* bgr) { PatternRow(w, y, bgr); }));
+        ASSERT_TRUE(WriteBmp24(path, w, h, PatternRows(w, h)));
         const std::string bytes = fixtures::ReadFile(path);
         const int64_t stride = (w * 3 + 3) / 4 * 4;
         ASSERT_EQ(bytes.size(), static_cast<size_t>(54 + stride * h)) << path;
@@ -54,10 +62,12 @@ TEST(BmpWriter, AFailedWriteLeavesTheOldFileAndNoTemporary) {
     TempDir dir;
     const std::string path = dir / "old.bmp";
     fixtures::WriteFile(path, "old bytes");
-    auto row = [](int32_t y, uint8_t* bgr) { PatternRow(2, y, bgr); };
+    const BmpRowSource row = PatternRows(2, 2);
+    const BmpRowSource failing = [](int32_t, int32_t, uint8_t*) { return false; };
     EXPECT_FALSE(WriteBmp24(path, 0, 2, row));
     EXPECT_FALSE(WriteBmp24(path, 2, -1, row));
     EXPECT_FALSE(WriteBmp24(path, 70000, 70000, row));  // beyond 4 GiB
+    EXPECT_FALSE(WriteBmp24(path, 2, 2, failing));
     EXPECT_FALSE(WriteBmp24(dir / "missing/new.bmp", 2, 2, row));
     EXPECT_EQ(fixtures::ReadFile(path), "old bytes");
     std::vector<DirEntry> entries;

@@ -8,7 +8,10 @@
 #include <unistd.h>
 
 #include "pak/BatchScript.h"
+#include "identify/modGlobal.h"
 #include "platform/Files.h"
+#include "platform/Runtime.h"
+#include "shell/frmMain.h"
 
 int CliFail(const std::string& message) {
     std::cerr << "quarrin-cli: " << message << "\n";
@@ -64,3 +67,22 @@ int32_t AnswerYes::Show(const std::string&, int32_t buttons, const std::string&)
 }
 
 AnswerYes::~AnswerYes() { SetMessageBoxService(previous_); }
+
+// Points the file list at the file's folder and selects it, which runs the
+// selection as a click does.
+bool SelectFile(frmMain& form, const std::string& path, std::string& why) {
+    std::string absolute = NormaliseFolder(path);
+    std::string folder = GetFolderName(absolute);
+    std::string name = GetFileName(absolute);
+    try {
+        form.oDir.SetPath(folder);
+    } catch (const RuntimeError& e) {
+        why = folder + ": " + e.Description;
+        return false;
+    }
+    if (!form.oFile.Select(name)) {
+        why = path + ": not found in its folder";
+        return false;
+    }
+    return true;
+}

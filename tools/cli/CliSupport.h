@@ -9,6 +9,8 @@
 #include "platform/FileDialogs.h"
 #include "platform/MessageBox.h"
 
+class frmMain;
+
 // Prints "quarrin-cli: <message>" on standard error; gives the exit status 1.
 int CliFail(const std::string& message);
 
@@ -27,6 +29,10 @@ std::string ShownName(const std::string& name);
 // True when standard output is a terminal. Output for scripts keeps the bytes
 // of names as they stand; a terminal gets them through ShownName.
 bool StdoutIsTerminal();
+
+// Points the main window's file list at the file's folder and selects the
+// file, which runs the selection as a click does; false with the reason.
+bool SelectFile(frmMain& form, const std::string& path, std::string& why);
 
 // The user at a file dialog: picks one path under one filter. Installed for
 // the object's life.

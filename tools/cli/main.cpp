@@ -3,6 +3,8 @@
 // status bar, the offers and the report pane.
 #include <unistd.h>
 
+#include <QtGlobal>
+
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -11,6 +13,7 @@
 
 #include "CliSupport.h"
 #include "Commands.h"
+#include "QtPictureService.h"
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
 #include "identify/modGlobal.h"
@@ -47,25 +50,6 @@ const char* KindName(int32_t kind) {
         case fkGame: return "fkGame";
         default: return "fkNone";
     }
-}
-
-// Points the file list at the file's folder and selects it, which runs the
-// selection as a click does.
-bool SelectFile(frmMain& form, const std::string& path, std::string& why) {
-    std::string absolute = NormaliseFolder(path);
-    std::string folder = GetFolderName(absolute);
-    std::string name = GetFileName(absolute);
-    try {
-        form.oDir.SetPath(folder);
-    } catch (const RuntimeError& e) {
-        why = folder + ": " + e.Description;
-        return false;
-    }
-    if (!form.oFile.Select(name)) {
-        why = path + ": not found in its folder";
-        return false;
-    }
-    return true;
 }
 
 void PrintState(frmMain& form) {
@@ -126,6 +110,10 @@ int RunHex(const std::vector<std::string>& args) {
 
 int main(int argc, char** argv) {
     App::Init(argv[0]);
+    const QtPictureLoader pictures;
+    // Qt's image readers report damaged files on standard error themselves;
+    // the command says it in its own one line.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     FillZipTemplates();
     std::vector<std::string> args(argv + 1, argv + argc);
     if (args.empty()) {
