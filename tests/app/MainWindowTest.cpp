@@ -22,7 +22,9 @@
 
 #include "AppTestSupport.h"
 #include "MainWindow.h"
+#include "QtPictureService.h"
 #include "fixtures/ByteWriter.h"
+#include "fixtures/PictureBuilder.h"
 #include "platform/MessageBox.h"
 #include "shell/frmMain.h"
 
@@ -346,4 +348,23 @@ TEST_F(Window, ExitClosesTheWindowThroughFormUnload) {
     Find<QAction>("mnuSubFile_4")->trigger();
     EXPECT_TRUE(form.Unloaded);
     EXPECT_FALSE(window.isVisible());
+}
+
+// ---- Pictures ---------------------------------------------------------------------
+
+TEST_F(Window, ADoubleClickOnAPictureDrawsItOneScreenPixelToAPixel) {
+    const fixtures::RgbImage image = fixtures::GradientImage(40, 30);
+    WriteFile(dir / "grad.bmp", fixtures::BuildBmp24(image));
+    form.oFile.Refresh();
+    const QtPictureLoader loader;
+    DoubleClick(Find<QListView>("oFile")->viewport(), FileRow("grad.bmp"));
+    EXPECT_EQ(PanelText(1), QStringLiteral("BMP Picture 40x30"));
+    auto* pane = Find<QWidget>("oPicture");
+    ASSERT_TRUE(EventsUntil([&] { return pane->size() == QSize(40, 30); }));
+    const QImage shot = pane->grab().toImage();
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 40; ++x) {
+            const uint8_t* rgb = image.At(x, y);
+            ASSERT_EQ(shot.pixel(x, y) & 0xFFFFFFu, qRgb(rgb[0], rgb[1], rgb[2]) & 0xFFFFFFu) << x << "," << y;
+        }
 }
