@@ -3,6 +3,9 @@
 #include "fixtures/ByteWriter.h"
 #include "fixtures_check/CheckSupport.h"
 #include "pictures/BmpWriter.h"
+#include "pictures/SavePicture.h"
+#include "platform/Gdi.h"
+#include "platform/Runtime.h"
 #include "platform/Files.h"
 
 using fixtures::TempDir;
@@ -73,4 +76,46 @@ TEST(BmpWriter, AFailedWriteLeavesTheOldFileAndNoTemporary) {
     std::vector<DirEntry> entries;
     ASSERT_TRUE(ListDirectory(dir.Path(), entries));
     EXPECT_EQ(entries.size(), 1u);
+}
+
+TEST(SavePicture, WritesBitmapsOfEveryDepthAndRowOrder) {
+    REQUIRE_IMAGEMAGICK();
+    TempDir dir;
+    const int32_t w = 5, h = 3;
+    // Pixel (x, y) from the top left takes the level v = 40 y + 3 x: the
+    // colours v, v + 1, v + 2 (red, green, blue), or index v of a table that
+    // holds those colours.
+    std::vector<uint8_t> expected;
+    for (int32_t y = 0; y < h; ++y)
+        for (int32_t x = 0; x < w; ++x) expected.insert(expected.end(), {uint8_t(40 * y + 3 * x), uint8_t(40 * y + 3 * x + 1), uint8_t(40 * y + 3 * x + 2)});
+    for (uint16_t depth : {8, 24, 32})
+        for (bool bottomUp : {true, false}) {
+            BITMAPINFO info{};
+            info.bmiHeader.biSize = 40;
+            info.bmiHeader.biWidth = w;
+            info.bmiHeader.biHeight = bottomUp ? h : -h;
+            info.bmiHeader.biPlanes = 1;
+            info.bmiHeader.biBitCount = depth;
+            for (int i = 0; i < 256; ++i) info.bmiColors[i] = {uint8_t(i + 2), uint8_t(i + 1), uint8_t(i), 0};
+            void* bits = nullptr;
+            const HBITMAP hbm = CreateDIBSection(0, &info, DIB_RGB_COLORS, &bits);
+            ASSERT_NE(hbm, 0);
+            const size_t stride = (static_cast<size_t>(w) * depth / 8 + 3) & ~size_t{3};
+            for (int32_t y = 0; y < h; ++y)
+                for (int32_t x = 0; x < w; ++x) {
+                    uint8_t* px = static_cast<uint8_t*>(bits) + stride * static_cast<size_t>(bottomUp ? h - 1 - y : y) +
+                                  static_cast<size_t>(x) * depth / 8;
+                    const auto v = uint8_t(40 * y + 3 * x);
+                    if (depth == 8) {
+                        px[0] = v;
+                    } else {
+                        px[0] = uint8_t(v + 2), px[1] = uint8_t(v + 1), px[2] = v;
+                    }
+                }
+            const std::string path = dir / (std::to_string(depth) + (bottomUp ? "up.bmp" : "down.bmp"));
+            SavePicture(std::make_shared<StdPicture>(hbm, true), path);
+            EXPECT_EQ(check::DecodeRgb(path), expected) << path;
+        }
+    EXPECT_THROW(SavePicture(nullptr, dir / "none.bmp"), RuntimeError);
+    EXPECT_FALSE(PathExists(dir / "none.bmp"));
 }
