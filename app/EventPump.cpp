@@ -1,8 +1,10 @@
 #include "EventPump.h"
 
 #include <QCoreApplication>
+#include <QMetaObject>
 
 #include "platform/Runtime.h"
+#include "platform/Windows.h"
 
 namespace {
 int g_depth = 0;
@@ -10,9 +12,19 @@ int g_depth = 0;
 
 namespace EventPump {
 
-void Install() { SetDoEventsHook(&Pump); }
+void Install() {
+    SetDoEventsHook(&Pump);
+    SetPostedMessageNotify([] {
+        if (QCoreApplication* app = QCoreApplication::instance()) {
+            QMetaObject::invokeMethod(app, [] { DispatchPostedMessages(); }, Qt::QueuedConnection);
+        }
+    });
+}
 
-void Uninstall() { SetDoEventsHook({}); }
+void Uninstall() {
+    SetDoEventsHook({});
+    SetPostedMessageNotify({});
+}
 
 void Pump() {
     if (g_depth >= kMaxDepth || QCoreApplication::instance() == nullptr) return;

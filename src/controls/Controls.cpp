@@ -128,8 +128,3 @@ void OptionButton::SetValue(bool v) {
     if (v) Click.Raise();
 }
 
-namespace {
-int32_t g_lastWindowHandle = 0x100;
-}  // namespace
-
-Form::Form(std::string name) : Control(std::move(name)), hWnd_(g_lastWindowHandle += 4) {}

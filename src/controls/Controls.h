@@ -8,6 +8,7 @@
 #include "controls/Event.h"
 #include "platform/Gdi.h"
 #include "platform/Picture.h"
+#include "platform/Windows.h"
 
 // Position and size, in the parent's scale units (twips on frmMain).
 struct Rect {
@@ -242,7 +243,8 @@ public:
     ~PictureBox() override;
     PictureBox(const PictureBox&) = delete;
     PictureBox& operator=(const PictureBox&) = delete;
-
+    // The picture box is a window of its own, which messages reach.
+    int32_t hWnd() const { return window_.hWnd(); }
     // The inside of the box in its own scale unit, the pixel: its size in
     // whole pixels less the border on both sides, never below 0.
     int32_t ScaleWidth() const { return InnerPixels(Bounds().Width); }
@@ -310,6 +312,7 @@ private:
     mutable int32_t imageWidth_ = 0;
     mutable int32_t imageHeight_ = 0;
     ::Picture picture_;
+    PlatformWindow window_;
 };
 
 // The screen object: the program's mouse pointer (0 default, 11 hourglass)
@@ -333,12 +336,12 @@ private:
 // numbers, unique for the run; the front end maps them to its windows.
 class Form : public Control {
 public:
-    explicit Form(std::string name = {});
-    int32_t hWnd() const { return hWnd_; }
+    explicit Form(std::string name = {}) : Control(std::move(name)) {}
+    int32_t hWnd() const { return window_.hWnd(); }
     std::string Caption;
 
 private:
-    int32_t hWnd_;
+    PlatformWindow window_;
 };
 
 // A form shown modally over its owner. Unload closes it: the view listens to

@@ -11,6 +11,7 @@ inline constexpr uint32_t ERROR_ACCESS_DENIED = 5;
 inline constexpr uint32_t ERROR_INVALID_PARAMETER = 87;
 inline constexpr uint32_t ERROR_NO_ASSOCIATION = 1155;
 inline constexpr uint32_t ERROR_INVALID_WINDOW_HANDLE = 1400;
+inline constexpr uint32_t ERROR_NOT_ENOUGH_QUOTA = 1816;
 
 uint32_t GetLastError();
 void SetLastError(uint32_t dwErrCode);

@@ -1,6 +1,9 @@
 #include "platform/Windows.h"
 
+#include <deque>
 #include <map>
+#include <unordered_map>
+#include <utility>
 
 #include "platform/LastError.h"
 
@@ -8,18 +11,40 @@ namespace {
 
 IWindowGeometryService* g_geometry = nullptr;
 
-struct DialogWindow {
+// The process that runs this program, and a thread number for its windows.
+constexpr uint32_t kCurrentProcessId = 0x5A4;
+constexpr uint32_t kUserInterfaceThreadId = 0x5A8;
+
+struct Window {
     int32_t parent = 0;
+    uint32_t processId = kCurrentProcessId;
+    int32_t wndProc = 0;
     std::map<int32_t, int32_t> longs;
+    std::unordered_map<std::string, int32_t> props;
 };
 
-std::map<int32_t, DialogWindow> g_dialogWindows;
-// Every handle made here is 2 modulo 4.
+std::unordered_map<int32_t, Window> g_windows;
+// Forms and controls count in multiples of 4, dialog windows 2 modulo 4.
+int32_t g_lastWindowHandle = 0x100;
 int32_t g_lastDialogHandle = 2;
 
-DialogWindow* FindDialogWindow(int32_t hWnd) {
-    const auto it = g_dialogWindows.find(hWnd);
-    if (it != g_dialogWindows.end()) return &it->second;
+std::unordered_map<int32_t, WindowProcedure> g_procedures;
+// Procedure addresses: even numbers above the default procedure's own.
+int32_t g_lastProcedure = 0x10000;
+
+struct PostedMessage {
+    int32_t hWnd;
+    uint32_t uMsg;
+    int32_t wParam;
+    int32_t lParam;
+};
+std::deque<PostedMessage> g_queue;
+std::function<void()> g_notify;
+bool g_passAsked = false;
+
+Window* FindWindow(int32_t hWnd) {
+    const auto it = g_windows.find(hWnd);
+    if (it != g_windows.end()) return &it->second;
     SetLastError(ERROR_INVALID_WINDOW_HANDLE);
     return nullptr;
 }
@@ -29,22 +54,153 @@ int32_t InvalidWindow() {
     return 0;
 }
 
+int32_t NewWindow(int32_t hWnd, int32_t hWndParent, uint32_t processId) {
+    Window& window = g_windows[hWnd];
+    window.parent = hWndParent;
+    window.processId = processId == 0 ? kCurrentProcessId : processId;
+    window.wndProc = DefWindowProcAddress();
+    return hWnd;
+}
+
 }  // namespace
 
 void SetWindowGeometryService(IWindowGeometryService* service) { g_geometry = service; }
 IWindowGeometryService* GetWindowGeometryService() { return g_geometry; }
 
-int32_t CreateDialogWindow(int32_t hWndParent) {
-    g_lastDialogHandle += 4;
-    g_dialogWindows[g_lastDialogHandle].parent = hWndParent;
-    return g_lastDialogHandle;
+int32_t RegisterWindowProc(WindowProcedure procedure) {
+    g_lastProcedure += 2;
+    g_procedures.emplace(g_lastProcedure, std::move(procedure));
+    return g_lastProcedure;
 }
 
-void DestroyDialogWindow(int32_t hWnd) { g_dialogWindows.erase(hWnd); }
+void UnregisterWindowProc(int32_t lpWndProc) {
+    if (lpWndProc != DefWindowProcAddress()) g_procedures.erase(lpWndProc);
+}
+
+int32_t DefWindowProcA(int32_t, uint32_t, int32_t, int32_t) { return 0; }
+
+int32_t DefWindowProcAddress() {
+    static const int32_t address = [] {
+        g_procedures.emplace(0x10000, &DefWindowProcA);
+        return 0x10000;
+    }();
+    return address;
+}
+
+int32_t CreatePlatformWindow(int32_t hWndParent, uint32_t dwProcessId) {
+    return NewWindow(g_lastWindowHandle += 4, hWndParent, dwProcessId);
+}
+
+int32_t CreateDialogWindow(int32_t hWndParent) { return NewWindow(g_lastDialogHandle += 4, hWndParent, 0); }
+
+int32_t DestroyWindow(int32_t hWnd) { return g_windows.erase(hWnd) != 0 ? 1 : InvalidWindow(); }
+
+void DestroyDialogWindow(int32_t hWnd) { g_windows.erase(hWnd); }
+
+int32_t IsWindow(int32_t hWnd) { return g_windows.count(hWnd) != 0 ? 1 : 0; }
+
+uint32_t GetCurrentProcessId() { return kCurrentProcessId; }
+
+uint32_t GetWindowThreadProcessId(int32_t hWnd, uint32_t* lpdwProcessId) {
+    const Window* window = FindWindow(hWnd);
+    if (lpdwProcessId != nullptr) *lpdwProcessId = window != nullptr ? window->processId : 0;
+    return window != nullptr ? kUserInterfaceThreadId : 0;
+}
 
 int32_t GetParent(int32_t hWnd) {
-    const DialogWindow* window = FindDialogWindow(hWnd);
+    const Window* window = FindWindow(hWnd);
     return window != nullptr ? window->parent : 0;
+}
+
+int32_t SetParent(int32_t hWndChild, int32_t hWndNewParent) {
+    Window* window = FindWindow(hWndChild);
+    if (window == nullptr || (hWndNewParent != 0 && IsWindow(hWndNewParent) == 0)) return InvalidWindow();
+    return std::exchange(window->parent, hWndNewParent);
+}
+
+int32_t SetWindowPos(int32_t hWnd, int32_t, int32_t, int32_t, int32_t, int32_t, uint32_t) {
+    return FindWindow(hWnd) != nullptr ? 1 : 0;
+}
+
+int32_t SetPropA(int32_t hWnd, const std::string& lpString, int32_t hData) {
+    Window* window = FindWindow(hWnd);
+    if (window == nullptr) return 0;
+    window->props[lpString] = hData;
+    return 1;
+}
+
+int32_t GetPropA(int32_t hWnd, const std::string& lpString) {
+    const auto it = g_windows.find(hWnd);
+    if (it == g_windows.end()) return 0;
+    const auto prop = it->second.props.find(lpString);
+    return prop != it->second.props.end() ? prop->second : 0;
+}
+
+int32_t RemovePropA(int32_t hWnd, const std::string& lpString) {
+    const auto it = g_windows.find(hWnd);
+    if (it == g_windows.end()) return 0;
+    const auto prop = it->second.props.find(lpString);
+    if (prop == it->second.props.end()) return 0;
+    const int32_t value = prop->second;
+    it->second.props.erase(prop);
+    return value;
+}
+
+size_t CountProps(int32_t hWnd) {
+    const auto it = g_windows.find(hWnd);
+    return it != g_windows.end() ? it->second.props.size() : 0;
+}
+
+int32_t CallWindowProcA(int32_t lpPrevWndFunc, int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t lParam) {
+    const auto it = g_procedures.find(lpPrevWndFunc);
+    if (it == g_procedures.end()) return 0;
+    // A copy: the procedure may unregister itself while it runs.
+    const WindowProcedure procedure = it->second;
+    return procedure(hWnd, uMsg, wParam, lParam);
+}
+
+int32_t SendMessageA(int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t lParam) {
+    const Window* window = FindWindow(hWnd);
+    if (window == nullptr) return 0;
+    return CallWindowProcA(window->wndProc, hWnd, uMsg, wParam, lParam);
+}
+
+int32_t PostMessageA(int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t lParam) {
+    if (FindWindow(hWnd) == nullptr) return 0;
+    if (g_queue.size() >= kPostedMessageLimit) {
+        SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+        return 0;
+    }
+    g_queue.push_back({hWnd, uMsg, wParam, lParam});
+    if (!g_passAsked && g_notify) {
+        g_passAsked = true;
+        g_notify();
+    }
+    return 1;
+}
+
+size_t DispatchPostedMessages() {
+    g_passAsked = false;
+    size_t delivered = 0;
+    for (size_t pending = g_queue.size(); pending > 0 && !g_queue.empty(); --pending) {
+        const PostedMessage message = g_queue.front();
+        g_queue.pop_front();
+        if (IsWindow(message.hWnd) == 0) continue;
+        SendMessageA(message.hWnd, message.uMsg, message.wParam, message.lParam);
+        ++delivered;
+    }
+    if (!g_queue.empty() && !g_passAsked && g_notify) {
+        g_passAsked = true;
+        g_notify();
+    }
+    return delivered;
+}
+
+size_t PostedMessageCount() { return g_queue.size(); }
+
+void SetPostedMessageNotify(std::function<void()> notify) {
+    g_notify = std::move(notify);
+    g_passAsked = false;
 }
 
 int32_t GetWindowRect(int32_t hWnd, RECT* lpRect) {
@@ -82,17 +238,16 @@ int32_t GetSystemMetrics(int32_t nIndex) {
 }
 
 int32_t SetWindowLongA(int32_t hWnd, int32_t nIndex, int32_t dwNewLong) {
-    DialogWindow* window = FindDialogWindow(hWnd);
+    Window* window = FindWindow(hWnd);
     if (window == nullptr) return 0;
-    int32_t& value = window->longs[nIndex];
-    const int32_t previous = value;
-    value = dwNewLong;
-    return previous;
+    int32_t& value = nIndex == GWL_WNDPROC ? window->wndProc : window->longs[nIndex];
+    return std::exchange(value, dwNewLong);
 }
 
 int32_t GetWindowLongA(int32_t hWnd, int32_t nIndex) {
-    DialogWindow* window = FindDialogWindow(hWnd);
+    const Window* window = FindWindow(hWnd);
     if (window == nullptr) return 0;
+    if (nIndex == GWL_WNDPROC) return window->wndProc;
     const auto it = window->longs.find(nIndex);
     return it != window->longs.end() ? it->second : 0;
 }

@@ -5,11 +5,13 @@
 #include <QTimer>
 #include <algorithm>
 #include <functional>
+#include <vector>
 
 #include "EventPump.h"
 #include "KeyCodes.h"
 #include "MainWindow.h"
 #include "platform/Runtime.h"
+#include "platform/Windows.h"
 
 namespace {
 
@@ -100,4 +102,26 @@ TEST(EventPumpTest, YieldsInsideYieldsStopAtAFixedDepth) {
     EventPump::Uninstall();
     EXPECT_EQ(deepest, EventPump::kMaxDepth);
     QCoreApplication::processEvents();
+}
+
+TEST(EventPumpTest, DeliversPostedWindowMessagesFromTheEventLoop) {
+    EventPump::Install();
+    const PlatformWindow window;
+    std::vector<int32_t> seen;
+    const int32_t proc = RegisterWindowProc([&seen](int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t) {
+        seen.push_back(wParam);
+        // A message posted while one is delivered comes in a later pass.
+        if (wParam == 1) PostMessageA(hWnd, uMsg, 3, 0);
+        return 0;
+    });
+    SetWindowLongA(window.hWnd(), GWL_WNDPROC, proc);
+    PostMessageA(window.hWnd(), MM_WOM_DONE, 1, 0);
+    PostMessageA(window.hWnd(), MM_WOM_DONE, 2, 0);
+    EXPECT_TRUE(seen.empty());
+    DoEvents();
+    DoEvents();
+    EXPECT_EQ(seen, (std::vector<int32_t>{1, 2, 3}));
+    EXPECT_EQ(PostedMessageCount(), 0u);
+    EventPump::Uninstall();
+    UnregisterWindowProc(proc);
 }

@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "platform/LastError.h"
+#include "platform/Windows.h"
+
+namespace {
+
+struct Delivered {
+    int32_t hWnd;
+    uint32_t uMsg;
+    int32_t wParam;
+};
+
+// A procedure that records what reaches it and answers wParam + 1.
+class Recorder {
+public:
+    Recorder()
+        : address_(RegisterWindowProc([this](int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t) {
+              seen.push_back({hWnd, uMsg, wParam});
+              return wParam + 1;
+          })) {}
+    ~Recorder() { UnregisterWindowProc(address_); }
+    int32_t Address() const { return address_; }
+    std::vector<Delivered> seen;
+
+private:
+    int32_t address_;
+};
+
+}  // namespace
+
+TEST(WindowsTest, WindowsHaveParentsOwnersPropertiesAndProcedures) {
+    const int32_t parent = CreatePlatformWindow();
+    const int32_t child = CreatePlatformWindow(parent);
+    const int32_t foreign = CreatePlatformWindow(0, GetCurrentProcessId() + 4);
+    const int32_t dialog = CreateDialogWindow(child);
+    EXPECT_EQ(parent % 4, 0);
+    EXPECT_EQ(child, parent + 4);
+    EXPECT_EQ(dialog % 4, 2);
+    EXPECT_EQ(GetParent(dialog), child);
+    EXPECT_EQ(SetParent(child, 0), parent);
+    EXPECT_EQ(GetParent(child), 0);
+
+    uint32_t process = 0;
+    EXPECT_NE(GetWindowThreadProcessId(foreign, &process), 0u);
+    EXPECT_EQ(process, GetCurrentProcessId() + 4);
+    GetWindowThreadProcessId(child, &process);
+    EXPECT_EQ(process, GetCurrentProcessId());
+
+    EXPECT_EQ(GetPropA(child, "1234"), 0);
+    EXPECT_EQ(SetPropA(child, "1234", -7), 1);
+    EXPECT_EQ(SetPropA(child, "C1234", 2), 1);
+    EXPECT_EQ(GetPropA(child, "1234"), -7);
+    EXPECT_EQ(GetPropA(parent, "1234"), 0);
+    EXPECT_EQ(RemovePropA(child, "1234"), -7);
+    EXPECT_EQ(RemovePropA(child, "1234"), 0);
+    EXPECT_EQ(CountProps(child), 1u);
+
+    // A new window answers through the default procedure; a replaced one
+    // through its new procedure, and the old one stays callable.
+    Recorder recorder;
+    EXPECT_EQ(SendMessageA(child, WM_HSCROLL, 5, 0), 0);
+    const int32_t old = SetWindowLongA(child, GWL_WNDPROC, recorder.Address());
+    EXPECT_EQ(old, DefWindowProcAddress());
+    EXPECT_EQ(GetWindowLongA(child, GWL_WNDPROC), recorder.Address());
+    EXPECT_EQ(SendMessageA(child, WM_HSCROLL, 5, 0), 6);
+    EXPECT_EQ(CallWindowProcA(old, child, WM_HSCROLL, 5, 0), 0);
+    EXPECT_EQ(CallWindowProcA(12345, child, WM_HSCROLL, 5, 0), 0);
+
+    EXPECT_EQ(DestroyWindow(child), 1);
+    for (const int32_t gone : {child, 4, -4}) {
+        SetLastError(0);
+        EXPECT_EQ(IsWindow(gone), 0);
+        EXPECT_EQ(SetPropA(gone, "1234", 1), 0);
+        EXPECT_EQ(SendMessageA(gone, WM_HSCROLL, 5, 0), 0);
+        EXPECT_EQ(SetWindowLongA(gone, GWL_WNDPROC, recorder.Address()), 0);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
+    }
+    EXPECT_EQ(recorder.seen.size(), 1u);
+    DestroyWindow(parent);
+    DestroyWindow(foreign);
+    DestroyDialogWindow(dialog);
+}
+
+TEST(WindowsTest, PostedMessagesWaitForAPassAndComeInOrder) {
+    Recorder recorder;
+    const int32_t a = CreatePlatformWindow();
+    const int32_t b = CreatePlatformWindow();
+    SetWindowLongA(a, GWL_WNDPROC, recorder.Address());
+    SetWindowLongA(b, GWL_WNDPROC, recorder.Address());
+    int asked = 0;
+    SetPostedMessageNotify([&asked] { ++asked; });
+
+    EXPECT_EQ(PostMessageA(a, MM_WOM_DONE, 1, 0), 1);
+    EXPECT_EQ(PostMessageA(b, MM_WOM_DONE, 2, 0), 1);
+    EXPECT_EQ(PostMessageA(a, WM_VSCROLL, 3, 0), 1);
+    EXPECT_EQ(PostMessageA(a + 1000, WM_VSCROLL, 4, 0), 0);
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(recorder.seen.empty());
+    // A window that ends before the pass loses its messages.
+    DestroyWindow(b);
+    EXPECT_EQ(DispatchPostedMessages(), 2u);
+    ASSERT_EQ(recorder.seen.size(), 2u);
+    EXPECT_EQ(recorder.seen[0].wParam, 1);
+    EXPECT_EQ(recorder.seen[1].uMsg, WM_VSCROLL);
+
+    // The queue is bounded.
+    for (size_t i = 0; i < kPostedMessageLimit; ++i) PostMessageA(a, MM_WOM_DONE, 0, 0);
+    EXPECT_EQ(asked, 2);
+    SetLastError(0);
+    EXPECT_EQ(PostMessageA(a, MM_WOM_DONE, 0, 0), 0);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_QUOTA);
+    EXPECT_EQ(DispatchPostedMessages(), kPostedMessageLimit);
+    EXPECT_EQ(PostedMessageCount(), 0u);
+    SetPostedMessageNotify({});
+    DestroyWindow(a);
+}
