@@ -6,6 +6,7 @@
 #include "EventPump.h"
 #include "MainWindow.h"
 #include "ModalForms.h"
+#include "QtAudioBackend.h"
 #include "QtDialogServices.h"
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
@@ -13,6 +14,7 @@
 #include "platform/FileDialogs.h"
 #include "platform/MessageBox.h"
 #include "platform/Runtime.h"
+#include "platform/WaveOut.h"
 #include "shell/frmMain.h"
 
 namespace {
@@ -47,6 +49,10 @@ int main(int argc, char** argv) {
     SetFileDialogService(&fileDialogs);
     QtDialogServices otherDialogs;
     const QtPictureLoader pictures;
+    // The sound output; with no output device the player reports the
+    // device's text when a wave is played.
+    QtAudioBackend audio;
+    SetAudioBackend(&audio);
     EventPump::Install();
 
     int status = 0;
@@ -71,6 +77,7 @@ int main(int argc, char** argv) {
     }
 
     EventPump::Uninstall();
+    SetAudioBackend(nullptr);
     SetFileDialogService(nullptr);
     SetMessageBoxService(nullptr);
     return status;

@@ -11,6 +11,7 @@
 #include "pak/ZipWrapper.h"
 #include "platform/Runtime.h"
 #include "platform/Registry.h"
+#include "sound/cWavPlayer.h"
 #include "winsupport/cRegistry.h"
 
 namespace {
@@ -122,6 +123,11 @@ frmMain::~frmMain() {
 // ---- Start-up and shutdown ------------------------------------------------
 
 void frmMain::Form_Initialize() {
+    PassOver([&] {
+        oWavPlayer = std::make_unique<cWavPlayer>();
+        oWavPlayer->Complete.Connect([this] { oWavPlayer_Complete(); });
+        oWavPlayer->Attach(hWnd());
+    });
     cRegistry& registry = Registry();
     PassOver([&] { registry.SetValueType(REG_SZ); });
     // Where the game is installed: the machine's setting, only ever read.
@@ -168,6 +174,13 @@ void frmMain::Form_Load() {
 
 void frmMain::Form_Unload(int16_t& Cancel) {
     Unloaded = true;
+    if (oWavPlayer) {
+        PassOver([&] {
+            if (oWavPlayer->Playing()) oWavPlayer->StopPlay();
+        });
+        PassOver([&] { oWavPlayer->CloseFile(); });
+        PassOver([&] { oWavPlayer->Detach(); });
+    }
 }
 
 void frmMain::Form_Resize() {
@@ -273,10 +286,24 @@ void frmMain::oFile_Click() {
 
 void frmMain::oFile_DblClick() {
     const std::string ext = VbUCase(GetFileExt(oFile.FileName()));
-    // A wave file has no preview.
-    if (ext == "WAV") return;
-
     try {
+        // A wave file plays, or stops the one playing; nothing else changes.
+        if (ext == "WAV") {
+            if (!oWavPlayer) return;
+            if (oWavPlayer->Playing()) {
+                oWavPlayer->StopPlay();
+                oWavPlayer->CloseFile();
+                // The buffers given back end the sound through the event loop.
+                while (oWavPlayer->Playing()) {
+                    DoEvents();
+                    oWavPlayer->StopPlay();
+                    DoEvents();
+                }
+            } else if (oWavPlayer->OpenFile(SelectedPath())) {
+                oWavPlayer->Play();
+            }
+            return;
+        }
         screen.SetMousePointer(11);
         oVScroll.SetVisible(m_lFileKind != fkNone && m_lFileKind != fkText);
         switch (m_lFileKind) {
@@ -334,6 +361,11 @@ void frmMain::oFile_DblClick() {
         PassOver([&] { oStatusBar.SetPanelText(1, VbErrorDescription(vbErrOutOfMemory)); });
         screen.SetMousePointer(0);
     }
+}
+
+void frmMain::oWavPlayer_Complete() {
+    PassOver([&] { oWavPlayer->StopPlay(); });
+    PassOver([&] { oWavPlayer->CloseFile(); });
 }
 
 void frmMain::oFile_KeyPress(int16_t& KeyAscii) {

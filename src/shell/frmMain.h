@@ -18,6 +18,7 @@
 class CNerhaltFiles;
 class CBINFile;
 class CImageFiles;
+class cWavPlayer;
 
 // How the selected file is previewed.
 enum FileKind : int32_t { fkNone = 0, fkText = 1, fkPicture = 2, fkGame = 3 };
@@ -68,6 +69,8 @@ public:
     std::unique_ptr<CNerhaltFiles> m_oGameFiles;
     std::unique_ptr<CImageFiles> m_oImageFiles;
     std::unique_ptr<CBINFile> m_oBinFile;
+    // The wave player, made and attached to this window by Form_Initialize.
+    std::unique_ptr<cWavPlayer> oWavPlayer;
     // Set when the window has been closed through Form_Unload.
     bool Unloaded = false;
 
@@ -81,6 +84,7 @@ public:
     void oFile_Click();
     void oFile_DblClick();
     void oFile_KeyPress(int16_t& KeyAscii);
+    void oWavPlayer_Complete();
     // The path of the selected file, as the selection builds it.
     std::string SelectedPath() const;
 

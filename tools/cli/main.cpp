@@ -39,6 +39,9 @@ const char kUsage[] =
     "                              unpacks members into DEST as the Unpak dialog does\n"
     "  mesh report PATH            the report of a mesh\n"
     "  mesh export PATH OUT        writes a mesh as a DirectX text model\n"
+    "  wave info PATH              the format, the data chunk and the buffer size of a wave\n"
+    "  wave play PATH [--null] [--fast] [--trace] [--buffer SECONDS]\n"
+    "                              plays a wave on the default output or the null device\n"
     "  --help                      this text\n";
 
 int Fail(const std::string& message) { return CliFail(message); }
@@ -132,6 +135,7 @@ int main(int argc, char** argv) {
         if (command == "hex") return RunHex(rest);
         if (command == "pak") return CliPak(rest);
         if (command == "mesh") return CliMesh(rest);
+        if (command == "wave") return CliWave(rest);
     } catch (const RuntimeError& e) {
         return Fail(e.Description);
     } catch (const std::exception& e) {
