@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "platform/Runtime.h"
+#include "platform/ScrollBars.h"
+#include "platform/Windows.h"
+
+namespace {
+
+SCROLLINFO Info(uint32_t mask, int32_t nMin, int32_t nMax, uint32_t nPage, int32_t nPos) {
+    return SCROLLINFO{sizeof(SCROLLINFO), mask, nMin, nMax, nPage, nPos, 0};
+}
+
+}  // namespace
+
+TEST(ScrollBarsTest, KeepsThePageInTheRangeAndThePositionInTheBar) {
+    struct Case {
+        SCROLLINFO set;
+        int32_t nPos;
+        uint32_t nPage;
+    };
+    const Case cases[] = {
+        {Info(SIF_ALL, 0, 110, 10, 50), 50, 10},
+        {Info(SIF_ALL, 0, 110, 10, 500), 101, 10},
+        {Info(SIF_ALL, 0, 110, 0, 500), 110, 0},
+        {Info(SIF_ALL, 0, 110, 10, -5), 0, 10},
+        {Info(SIF_ALL, 0, 9, 500, 3), 0, 10},
+        {Info(SIF_ALL, 20, 10, 5, 3), 20, 0},
+        {Info(SIF_ALL, INT32_MIN, INT32_MAX, 0xFFFFFFFFu, 7), INT32_MIN + 1, 0xFFFFFFFFu},
+        {Info(SIF_ALL, INT32_MIN, INT32_MAX, 0, INT32_MAX), INT32_MAX, 0},
+    };
+    const PlatformWindow window;
+    for (const Case& c : cases) {
+        EXPECT_EQ(SetScrollInfo(window.hWnd(), SB_VERT, &c.set, 1), c.nPos);
+        SCROLLINFO got = Info(SIF_ALL, 0, 0, 0, 0);
+        ASSERT_EQ(GetScrollInfo(window.hWnd(), SB_VERT, &got), 1);
+        EXPECT_EQ(got.nPos, c.nPos) << c.set.nMax;
+        EXPECT_EQ(got.nPage, c.nPage) << c.set.nMax;
+        EXPECT_EQ(got.nTrackPos, c.nPos);
+    }
+    // Bad records, bars and windows are refused.
+    SCROLLINFO bad = Info(SIF_ALL, 0, 0, 0, 0);
+    bad.cbSize = 24;
+    EXPECT_EQ(GetScrollInfo(window.hWnd(), SB_VERT, &bad), 0);
+    SCROLLINFO none = Info(0, 0, 0, 0, 0);
+    EXPECT_EQ(GetScrollInfo(window.hWnd(), SB_VERT, &none), 0);
+    EXPECT_EQ(GetScrollInfo(window.hWnd(), 2, &none), 0);
+    EXPECT_EQ(ShowScrollBar(-4, SB_BOTH, 1), 0);
+
+    SetFlatScrollBarsAvailable(false);
+    EXPECT_THROW(InitializeFlatSB(window.hWnd()), RuntimeError);
+    SetFlatScrollBarsAvailable(true);
+    EXPECT_EQ(FlatSB_SetScrollProp(window.hWnd(), WSB_PROP_HSTYLE, 1, 1), 0);
+}
+
+TEST(ScrollBarsTest, SendsTheUsersActionsAsScrollMessages) {
+    const PlatformWindow window;
+    std::vector<int32_t> sent;  // bar * 1000 + code, the position in the high word apart
+    std::vector<int32_t> positions;
+    const int32_t proc = RegisterWindowProc([&](int32_t, uint32_t uMsg, int32_t wParam, int32_t) {
+        sent.push_back((uMsg == WM_VSCROLL ? 1000 : 0) + (wParam & 0xFFFF));
+        positions.push_back(static_cast<uint32_t>(wParam) >> 16);
+        return 0;
+    });
+    SetWindowLongA(window.hWnd(), GWL_WNDPROC, proc);
+    const SCROLLINFO range = Info(SIF_ALL, 0, 110, 10, 0);
+    SetScrollInfo(window.hWnd(), SB_HORZ, &range, 1);
+
+    // A hidden bar takes nothing.
+    EXPECT_FALSE(ScrollBarClick(window.hWnd(), SB_HORZ, SB_LINEDOWN));
+    EXPECT_FALSE(ScrollBarWheel(window.hWnd(), -120));
+    ShowScrollBar(window.hWnd(), SB_HORZ, 1);
+    EXPECT_FALSE(ScrollBarClick(window.hWnd(), SB_HORZ, SB_THUMBTRACK));
+    EXPECT_TRUE(ScrollBarClick(window.hWnd(), SB_HORZ, SB_PAGEDOWN));
+    EXPECT_TRUE(ScrollBarTrack(window.hWnd(), SB_HORZ, 500));
+    ScrollBarState state;
+    ASSERT_TRUE(GetScrollBarState(window.hWnd(), SB_HORZ, state));
+    EXPECT_TRUE(state.tracking);
+    EXPECT_EQ(state.info.nTrackPos, 101);
+    EXPECT_TRUE(ScrollBarRelease(window.hWnd(), SB_HORZ));
+    EXPECT_FALSE(ScrollBarRelease(window.hWnd(), SB_HORZ));
+    // The wheel goes to the horizontal bar while the vertical one is hidden,
+    // three lines a notch; half a notch waits for the other half.
+    EXPECT_TRUE(ScrollBarWheel(window.hWnd(), -120));
+    EXPECT_TRUE(ScrollBarWheel(window.hWnd(), 60));
+    EXPECT_TRUE(ScrollBarWheel(window.hWnd(), 60));
+    EnableScrollBar(window.hWnd(), SB_HORZ, ESB_DISABLE_BOTH);
+    EXPECT_FALSE(ScrollBarClick(window.hWnd(), SB_HORZ, SB_LINEUP));
+    EXPECT_EQ(sent, (std::vector<int32_t>{SB_PAGEDOWN, SB_ENDSCROLL, SB_THUMBTRACK, SB_THUMBPOSITION, SB_ENDSCROLL,
+                                          SB_LINEDOWN, SB_LINEDOWN, SB_LINEDOWN, SB_ENDSCROLL, SB_LINEUP,
+                                          SB_ENDSCROLL, SB_LINEUP, SB_LINEUP, SB_ENDSCROLL}));
+    EXPECT_EQ(positions[2], 101);
+    EXPECT_EQ(positions[3], 101);
+    UnregisterWindowProc(proc);
+}

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/Runtime.h"
+#include "platform/ScrollBars.h"
+#include "platform/Windows.h"
+#include "winsupport/cScrollBars.h"
+
+namespace {
+
+// A window with a scroll-bar object bound to it, logging the object's events
+// as "C0" (Change of bar 0) or "S1" (Scroll of bar 1).
+class BoundBars {
+public:
+    explicit BoundBars(bool flatAvailable = true) {
+        SetFlatScrollBarsAvailable(flatAvailable);
+        bars.Create(window.hWnd());
+        SetFlatScrollBarsAvailable(true);
+        bars.Change.Connect([this](int32_t& eBar) { events.push_back("C" + std::to_string(eBar)); });
+        bars.Scroll.Connect([this](int32_t& eBar) { events.push_back("S" + std::to_string(eBar)); });
+    }
+    // The bar as the layout sets it up: LargeChange, then Max, then Visible.
+    void Setup(int32_t eBar, int32_t largeChange, int32_t max, int32_t value) {
+        bars.SetLargeChange(eBar, largeChange);
+        bars.SetMax(eBar, max);
+        bars.SetVisible(eBar, true);
+        bars.SetValue(eBar, value);
+        events.clear();
+    }
+    int32_t Send(int32_t eBar, int32_t wParam) {
+        return SendMessageA(window.hWnd(), eBar == 0 ? WM_HSCROLL : WM_VSCROLL, wParam, 0);
+    }
+    SCROLLINFO Info(int32_t eBar) const {
+        ScrollBarState state;
+        EXPECT_TRUE(GetScrollBarState(window.hWnd(), eBar, state));
+        return state.info;
+    }
+
+    PlatformWindow window;
+    cScrollBars bars;
+    std::vector<std::string> events;
+};
+
+using Events = std::vector<std::string>;
+
+}  // namespace
+
+TEST(cScrollBarsTest, KeepsMaxAsTheRecordsRangeLessThePage) {
+    BoundBars b;
+    EXPECT_EQ(b.bars.Orientation(), efsoBoth);
+    EXPECT_EQ(b.bars.Style(), 0);
+    EXPECT_EQ(b.bars.SmallChange(0), 1);
+    EXPECT_EQ(b.bars.SmallChange(1), 1);
+    EXPECT_TRUE(b.bars.CanBeFlat());
+
+    b.bars.SetMax(1, 50);
+    EXPECT_EQ(b.Info(1).nMax, 50);  // LargeChange 0: Max is nMax
+    b.bars.SetLargeChange(1, 10);
+    b.bars.SetMax(1, 100);
+    EXPECT_EQ(b.Info(1).nMax, 110);
+    EXPECT_EQ(b.bars.Max(1), 100);
+    b.bars.SetLargeChange(1, 20);
+    EXPECT_EQ(b.Info(1).nMax, 120);
+    EXPECT_EQ(b.bars.Max(1), 100);
+    b.bars.SetMin(1, 5);
+    EXPECT_EQ(b.bars.Min(1), 5);
+    EXPECT_EQ(b.bars.Max(1), 100);
+    EXPECT_EQ(b.Info(0).nMax, 0);  // the other bar is untouched
+
+    // The same value again reaches neither the platform nor a listener.
+    b.bars.SetValue(1, 30);
+    EXPECT_EQ(b.events, (Events{"C1"}));
+    b.bars.SetValue(1, 30);
+    EXPECT_EQ(b.events.size(), 1u);
+    // The platform keeps the value inside the range.
+    b.bars.SetValue(1, 1000);
+    EXPECT_EQ(b.bars.Value(1), 120 - 20 + 1);
+    EXPECT_THROW(b.bars.SmallChange(2), RuntimeError);
+}
+
+TEST(cScrollBarsTest, TurnsScrollCodesIntoValuesAndEvents) {
+    struct Case {
+        int32_t eBar;
+        int32_t start;
+        int32_t wParam;
+        int32_t value;
+        Events events;
+    };
+    // Bars: LargeChange 10, Max 100, SmallChange 5; the last position is 101.
+    const Case cases[] = {
+        {1, 0, SB_LINEUP, 0, {}},
+        {1, 3, SB_LINEUP, 0, {"C1"}},
+        {0, 50, SB_LINEDOWN, 55, {"C0"}},
+        {1, 97, SB_LINEDOWN, 100, {"C1"}},
+        {1, 100, SB_LINEDOWN | (7 << 16), 100, {}},
+        {1, 5, SB_PAGEUP, 0, {"C1"}},
+        {0, 95, SB_PAGEDOWN, 101, {"C0"}},
+        {1, 40, SB_THUMBPOSITION | (60 << 16), 40, {}},
+        {1, 40, SB_TOP, 0, {"C1"}},
+        {0, 40, SB_BOTTOM, 100, {"C0"}},
+        {1, 40, SB_ENDSCROLL, 40, {}},
+        {1, 40, 9, 40, {}},
+        {1, 40, 0xFFFF, 40, {}},
+    };
+    for (const Case& c : cases) {
+        BoundBars b;
+        b.Setup(c.eBar, 10, 100, c.start);
+        b.bars.SetSmallChange(c.eBar, 5);
+        b.Send(c.eBar, c.wParam);
+        EXPECT_EQ(b.bars.Value(c.eBar), c.value) << c.wParam << " from " << c.start;
+        EXPECT_EQ(b.events, c.events) << c.wParam << " from " << c.start;
+    }
+}
+
+TEST(cScrollBarsTest, ReportsTrackingAndUnreportedChanges) {
+    BoundBars b;
+    b.Setup(1, 10, 100, 0);
+    // A tracked thumb sets Value, which reports the change itself.
+    EXPECT_TRUE(ScrollBarTrack(b.window.hWnd(), 1, 40));
+    EXPECT_EQ(b.bars.Value(1), 40);
+    EXPECT_TRUE(ScrollBarRelease(b.window.hWnd(), 1));
+    EXPECT_EQ(b.bars.Value(1), 40);
+    EXPECT_EQ(b.events, (Events{"C1"}));
+
+    // A change behind the object's back comes out at the end of a scroll.
+    SCROLLINFO info{sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, 70, 0};
+    SetScrollInfo(b.window.hWnd(), 1, &info, 1);
+    b.Send(1, SB_ENDSCROLL);
+    EXPECT_EQ(b.events, (Events{"C1", "C1"}));
+
+    // A listener that moves the value again gets an event for that, and the
+    // latest value is the one remembered.
+    b.events.clear();
+    bool moved = false;
+    b.bars.Change.Connect([&](int32_t& eBar) {
+        if (!moved) {
+            moved = true;
+            b.bars.SetValue(eBar, 10);
+        }
+    });
+    b.Send(1, SB_TOP);
+    EXPECT_EQ(b.bars.Value(1), 10);
+    EXPECT_EQ(b.events, (Events{"C1", "C1"}));
+    b.Send(1, SB_ENDSCROLL);
+    EXPECT_EQ(b.events.size(), 2u);
+}
+
+TEST(cScrollBarsTest, ServesTheBarsFlatOrRegularAndLetsTheWindowGo) {
+    struct Case {
+        bool flatAvailable;
+        bool flat;
+        int32_t styleAfterSet;
+    };
+    for (const Case c : {Case{true, true, 2}, Case{false, false, 0}}) {
+        BoundBars b(c.flatAvailable);
+        EXPECT_EQ(b.bars.CanBeFlat(), c.flat);
+        b.bars.SetStyle(2);
+        EXPECT_EQ(b.bars.Style(), c.styleAfterSet);
+        b.bars.SetEnabled(0, false);
+        b.bars.SetVisible(0, true);
+        b.bars.SetOrientation(efsoVertical);
+        ScrollBarState horizontal, vertical;
+        ASSERT_TRUE(GetScrollBarState(b.window.hWnd(), 0, horizontal));
+        ASSERT_TRUE(GetScrollBarState(b.window.hWnd(), 1, vertical));
+        EXPECT_EQ(horizontal.flat, c.flat);
+        EXPECT_EQ(horizontal.style, c.styleAfterSet);
+        EXPECT_FALSE(horizontal.enabled);
+        EXPECT_FALSE(horizontal.shown);  // Orientation hides it again
+        EXPECT_TRUE(vertical.shown);
+
+        // A second Create releases the first window.
+        const int32_t before = GetWindowLongA(b.window.hWnd(), GWL_WNDPROC);
+        PlatformWindow other;
+        b.bars.Create(other.hWnd());
+        EXPECT_NE(GetWindowLongA(b.window.hWnd(), GWL_WNDPROC), before);
+        EXPECT_EQ(CountProps(b.window.hWnd()), 2u);  // the message counts at 0
+        EXPECT_TRUE(b.bars.Attached());
+        EXPECT_EQ(GetPropA(other.hWnd(), "C" + std::to_string(other.hWnd())), 2);
+    }
+
+    // Unbound, the bars have no platform behind them.
+    cScrollBars unbound;
+    unbound.SetLargeChange(1, 10);
+    unbound.SetMax(1, 100);
+    EXPECT_EQ(unbound.Max(1), 0);
+    EXPECT_FALSE(unbound.Attached());
+    const int32_t foreign = CreatePlatformWindow(0, GetCurrentProcessId() + 4);
+    EXPECT_THROW(unbound.Create(foreign), RuntimeError);
+    DestroyWindow(foreign);
+}
