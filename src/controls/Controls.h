@@ -234,9 +234,9 @@ public:
 // A picture box with a persistent image: a memory device context holding a
 // 32-bit top-down bitmap of the box's inner size in pixels, which the file
 // classes paint into and a view shows. The image takes a new size when the box
-// is next drawn into, cleared, refreshed or read, so the place and the units
-// may be set in any order; it keeps what it held at the top left and fills the
-// rest with the background colour.
+// is moved, and when it is next drawn into, cleared, refreshed or read after
+// its units or border changed; it keeps what it held at the top left and fills
+// the rest with the background colour.
 class PictureBox : public Control {
 public:
     explicit PictureBox(std::string name = {});

@@ -15,6 +15,7 @@ int32_t Nearest(float v) {
 
 PictureBox::PictureBox(std::string name) : Control(std::move(name)), hDC(CreateCompatibleDC(0)) {
     stock_ = GetSelectedBitmap(hDC);
+    Resize.Connect([this] { SyncImage(); });
 }
 
 PictureBox::~PictureBox() {

@@ -69,10 +69,10 @@ frmMain::frmMain() : Form("frmMain") {
     oVScroll.Move(6480, 190, 255, 2950);
     oVScroll.SetMin(0);
     oVScroll.SetMax(0);
-    oImg.Move(90, 4080, 8415, 2600);
     // oImg lies in fraMain, which measures in twips, inside a sunken border.
     oImg.ParentUnitsPerPixel = screen.TwipsPerPixelX;
     oImg.BorderPixels = 2;
+    oImg.Move(90, 4080, 8415, 2600);
     oPicture.Move(150 / 15, 0, 3735 / 15, 2415 / 15);  // oImg's scale unit is the pixel
     oPicture.BackColor = 0x80000008;  // the system's window text colour
     oSSTab.Move(90, 180, 8415, 3855);
