@@ -255,9 +255,25 @@ public:
     // The width of the border on each side, in pixels: 2 for the sunken 3-D
     // border, 0 for none.
     int32_t BorderPixels = 0;
-    // A system colour when the high bit is set; the runtime's default is the
-    // button face.
-    uint32_t BackColor = 0x8000000F;
+    // The background colour: a system colour when the high bit is set; the
+    // runtime's default is the button face. Setting it clears the image to
+    // the new colour, as the runtime does.
+    class BackColorProperty {
+    public:
+        explicit BackColorProperty(PictureBox& box) : box_(box) {}
+        BackColorProperty(const BackColorProperty&) = delete;
+        BackColorProperty& operator=(uint32_t colour) {
+            value_ = colour;
+            box_.Cls();
+            return *this;
+        }
+        operator uint32_t() const { return value_; }
+
+    private:
+        PictureBox& box_;
+        uint32_t value_ = 0x8000000F;
+    };
+    BackColorProperty BackColor{*this};
     // The device context on the image, for the whole life of the box.
     const HDC hDC;
 

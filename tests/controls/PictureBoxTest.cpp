@@ -44,11 +44,12 @@ TEST(PictureBox, DrawingClearingAndResizing) {
     const uint8_t* p = box.ImageBits() + (1 * 3 + 1) * 4;  // blue, green, red
     EXPECT_EQ(p[0] + p[1] * 256 + p[2] * 65536, 0xFF0000);
 
-    box.BackColor = 0x80000005;  // window: white
     box.Move(0, 0, 4, 3);
-    EXPECT_EQ(box.Point(1, 1), 0x0000FF);   // kept
-    EXPECT_EQ(box.Point(3, 2), 0xFFFFFF);   // new
-    EXPECT_EQ(box.Point(3, 0), 0xFFFFFF);
+    EXPECT_EQ(box.Point(1, 1), 0x0000FF);  // kept
+    EXPECT_EQ(box.Point(3, 2), 0x336699);  // new
+    EXPECT_EQ(box.Point(3, 0), 0x336699);
+    box.BackColor = 0x80000005;  // window: white, and the image is cleared
+    EXPECT_EQ(box.Point(1, 1), 0xFFFFFF);
 
     box.SetPicture(PictureFromPixels(2, 1, {0xFF102030, 0x00405060}));
     EXPECT_EQ(box.Point(0, 0), 0x302010);
