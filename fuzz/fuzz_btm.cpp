@@ -1,0 +1,33 @@
+// Reads a Planar Bitmap of arbitrary bytes, paints it twice into a small pane
+// and runs the palette toolkit over what it decoded.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "FuzzFile.h"
+#include "identify/IFileHost.h"
+#include "pictures/CBtm.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static FuzzFilePair files;
+    static FileHost host;
+    if (host.oPicture.ImageWidth() == 0) host.oPicture.Move(0, 0, 64, 64);
+    const std::string& path = files.Write(data, size);
+
+    CBtm btm(host);
+    const bool valid = btm.Initialize(path, 0, &host.oListView);
+    btm.Information();
+    const bool shown = btm.Show(host.oPicture.hDC);
+    // A picture shows only from a valid file that holds its pixel data.
+    if (shown && (!valid || btm.Width() <= 0 || btm.Height() <= 0 || !btm.Loaded())) std::abort();
+    if (shown != btm.Show(host.oPicture.hDC)) std::abort();
+    if (shown) {
+        btm.Fade(200);
+        btm.AdjustLightness(150);
+        btm.GrayScale();
+        btm.Invert();
+        if (btm.Color(255) < 0 || btm.Color(256) != -1) std::abort();
+    }
+    return 0;
+}
