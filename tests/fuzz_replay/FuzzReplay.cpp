@@ -27,8 +27,9 @@ void SayInput(int signal) {
 }  // namespace
 
 std::string FuzzSourceFolder() {
-    // This file lies in tests/fuzz_replay/ of the source tree.
-    return (std::filesystem::path(__FILE__).parent_path().parent_path().parent_path() / "fuzz").string();
+    // The compiler may name this file relative to the build folder, which is
+    // not where the tests run: the source tree's own path stands.
+    return (std::filesystem::path(QUARRIN_SOURCE_DIR) / "fuzz").string();
 }
 
 std::vector<std::string> FuzzInputs(const std::string& target) {
