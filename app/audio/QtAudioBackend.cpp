@@ -3,6 +3,7 @@
 #include <QAudioDevice>
 #include <QAudioFormat>
 #include <QAudioSink>
+#include <QElapsedTimer>
 #include <QIODevice>
 #include <QMediaDevices>
 #include <QTimer>
@@ -100,30 +101,40 @@ public:
         source_.Clear();
         audio_.stop();
         started_ = false;
+        idle_.invalidate();
         timer_.stop();
     }
     uint32_t PlayedBytes() override {
-        const uint64_t played = std::min(Processed(), source_.Pulled());
-        return static_cast<uint32_t>(played / blockAlign_ * blockAlign_);
+        return static_cast<uint32_t>(Played() / blockAlign_ * blockAlign_);
     }
 
 private:
-    uint64_t Processed() const {
+    // Bytes played: what the sink has processed, and once it has run dry the
+    // rest of what it pulled at the pace of the sound, as the device plays
+    // out what it holds. A failed sink has played nothing more to wait for.
+    uint64_t Played() {
         if (!started_) return 0;
-        return static_cast<uint64_t>(format_.bytesForDuration(audio_.processedUSecs()));
+        if (audio_.error() != QAudio::NoError) return source_.Pulled();
+        uint64_t played = static_cast<uint64_t>(format_.bytesForDuration(audio_.processedUSecs()));
+        if (audio_.state() == QAudio::IdleState) {
+            if (!idle_.isValid()) {
+                idle_.start();
+                idleFrom_ = played;
+            }
+            const auto since = static_cast<uint64_t>(format_.bytesForDuration(idle_.nsecsElapsed() / 1000));
+            played = std::max(played, idleFrom_ + since);
+        } else {
+            idle_.invalidate();
+        }
+        return std::min(played, source_.Pulled());
     }
 
-    // Reports the blocks that the sink has played: those it processed to their
-    // last byte, or all that it pulled once it ran dry or failed.
+    // Reports the blocks that have been played to their last byte.
     void Check() {
         auto& blocks = source_.Blocks();
-        const bool dry = started_ && (audio_.state() == QAudio::IdleState || audio_.error() != QAudio::NoError);
-        const uint64_t processed = Processed();
+        const uint64_t played = Played();
         // A report may post messages only; the stream stays as it is.
-        while (!blocks.empty()) {
-            const auto& b = blocks.front();
-            const bool pulled = source_.Pulled() >= b.end;
-            if (!pulled || (!dry && processed < b.end && b.length > 0)) break;
+        while (!blocks.empty() && played >= blocks.front().end) {
             blocks.pop_front();
             sink_.BlockDone();
         }
@@ -138,6 +149,8 @@ private:
     QTimer timer_;
     bool started_ = false;
     bool paused_ = false;
+    QElapsedTimer idle_;
+    uint64_t idleFrom_ = 0;
 };
 
 }  // namespace
