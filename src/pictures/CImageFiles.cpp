@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "identify/IFileHost.h"
+#include "pictures/CTGAFile.h"
 #include "pictures/SavePicture.h"
 #include "platform/LittleEndian.h"
 #include "platform/Picture.h"
@@ -62,6 +63,14 @@ void CImageFiles::SetKind(int32_t kind, const char* extension, const char* name,
     m_bAble2Save = able2Save;
 }
 
+void CImageFiles::SetSizedKind(int32_t kind, const char* extension, const char* name, bool able2Save,
+                               int32_t width, int32_t height) {
+    m_lWidth = width;
+    m_lHeight = height;
+    SetKind(kind, extension, name, able2Save);
+    m_sName += SizeText(width, height);
+}
+
 bool CImageFiles::Initialize(const std::string& lpPathName) {
     if (lpPathName == m_sPathName) return m_bValid;
     m_bValid = false;
@@ -81,10 +90,7 @@ bool CImageFiles::Initialize(const std::string& lpPathName) {
                     _llseek(m_hFile, 18, FILE_BEGIN);
                     ReadLong(m_hFile, width);
                     ReadLong(m_hFile, height);
-                    m_lWidth = width;
-                    m_lHeight = height;
-                    SetKind(ikBmp, "bmp", "BMP Picture ", false);
-                    m_sName += SizeText(m_lWidth, m_lHeight);
+                    SetSizedKind(ikBmp, "bmp", "BMP Picture ", false, width, height);
                 }
                 break;
             case 'G':
@@ -95,17 +101,22 @@ bool CImageFiles::Initialize(const std::string& lpPathName) {
                     _llseek(m_hFile, 6, FILE_BEGIN);
                     ReadWord(m_hFile, width);
                     ReadWord(m_hFile, height);
-                    m_lWidth = width;
-                    m_lHeight = height;
-                    SetKind(ikGif, "gif", "GIF Picture ", true);
-                    m_sName += SizeText(m_lWidth, m_lHeight);
+                    SetSizedKind(ikGif, "gif", "GIF Picture ", true, width, height);
                 }
                 break;
             case 255:
                 ReadByte(m_hFile, b);
                 if (b == 216) ScanJpeg();
                 break;
-            default: break;
+            default:
+                if (!m_oTga) m_oTga = std::make_unique<CTGAFile>();
+                if (m_oTga->Initialize(lpPathName)) {
+                    SetKind(ikTga, "tga", "", true);
+                    m_sName = m_oTga->Information();
+                    m_lHeight = m_oTga->Height();
+                    m_lWidth = m_oTga->Width();
+                }
+                break;
         }
     }
     // No handle stays behind: LoadPicture and CTGAFile open the file themselves.
@@ -155,7 +166,16 @@ void CImageFiles::ScanJpeg() {
 
 bool CImageFiles::Show() {
     PictureBox& pane = host_.PicturePane();
-    if (m_lKind == ikTga || !m_bAble2Show) return false;
+    if (m_lKind == ikTga) {
+        if (!m_oTga) return false;
+        if (m_oTga->Height() > 0) pane.Move(0, 0, m_oTga->Width(), m_oTga->Height());
+        pane.Refresh();
+        pane.Cls();
+        const bool shown = m_oTga->Show(pane.hDC);
+        pane.Refresh();
+        return shown;
+    }
+    if (!m_bAble2Show) return false;
     // The pane takes the header's size before the picture is decoded; a file
     // that fails to decode raises to the caller with the pane so sized.
     pane.Move(0, 0, m_lWidth, m_lHeight);

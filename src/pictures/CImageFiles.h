@@ -10,6 +10,7 @@
 
 #include "platform/Files.h"
 
+class CTGAFile;
 class IFileHost;
 
 // The picture kinds, as m_lKind holds them.
@@ -39,6 +40,9 @@ public:
 private:
     void ScanJpeg();
     void SetKind(int32_t kind, const char* extension, const char* name, bool able2Save);
+    // The same with the size, which the name then ends with.
+    void SetSizedKind(int32_t kind, const char* extension, const char* name, bool able2Save, int32_t width,
+                      int32_t height);
 
     IFileHost& host_;
     HFILE m_hFile = 0;
@@ -51,4 +55,5 @@ private:
     bool m_bAble2Save = false;
     std::string m_sName;
     std::string m_sExtension;
+    std::unique_ptr<CTGAFile> m_oTga;
 };

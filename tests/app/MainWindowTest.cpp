@@ -25,6 +25,7 @@
 #include "QtPictureService.h"
 #include "fixtures/ByteWriter.h"
 #include "fixtures/PictureBuilder.h"
+#include "fixtures/PlanarBuilder.h"
 #include "platform/MessageBox.h"
 #include "shell/frmMain.h"
 
@@ -353,18 +354,28 @@ TEST_F(Window, ExitClosesTheWindowThroughFormUnload) {
 // ---- Pictures ---------------------------------------------------------------------
 
 TEST_F(Window, ADoubleClickOnAPictureDrawsItOneScreenPixelToAPixel) {
+    // A Planar Bitmap in its own palette, and a BMP through the picture loader.
+    fixtures::BtmSpec btm;
+    btm.Width = 40;
+    btm.Height = 30;
+    btm.Palette = fixtures::RainbowPalette();
+    btm.Pixels = fixtures::PlanarPixels(40, 30, 1, [](int32_t x, int32_t y) { return (x * 5 + y * 3) & 0xFF; });
+    WriteFile(dir / "grad.btm", fixtures::BuildBtm(btm));
     const fixtures::RgbImage image = fixtures::GradientImage(40, 30);
     WriteFile(dir / "grad.bmp", fixtures::BuildBmp24(image));
     form.oFile.Refresh();
     const QtPictureLoader loader;
-    DoubleClick(Find<QListView>("oFile")->viewport(), FileRow("grad.bmp"));
-    EXPECT_EQ(PanelText(1), QStringLiteral("BMP Picture 40x30"));
-    auto* pane = Find<QWidget>("oPicture");
-    ASSERT_TRUE(EventsUntil([&] { return pane->size() == QSize(40, 30); }));
-    const QImage shot = pane->grab().toImage();
-    for (int y = 0; y < 30; ++y)
-        for (int x = 0; x < 40; ++x) {
-            const uint8_t* rgb = image.At(x, y);
-            ASSERT_EQ(shot.pixel(x, y) & 0xFFFFFFu, qRgb(rgb[0], rgb[1], rgb[2]) & 0xFFFFFFu) << x << "," << y;
-        }
+    for (const char* name : {"grad.btm", "grad.bmp"}) {
+        DoubleClick(Find<QListView>("oFile")->viewport(), FileRow(name));
+        auto* pane = Find<QWidget>("oPicture");
+        ASSERT_TRUE(EventsUntil([&] { return pane->size() == QSize(40, 30); })) << name;
+        const QImage shot = pane->grab().toImage();
+        for (int y = 0; y < 30; ++y)
+            for (int x = 0; x < 40; ++x) {
+                const uint32_t word = fixtures::ColorWord(image.At(x, y)[0], image.At(x, y)[1], image.At(x, y)[2]);
+                const uint32_t c = std::string(name) == "grad.btm" ? btm.Palette[(x * 5 + y * 3) & 0xFF][2] : word;
+                ASSERT_EQ(shot.pixel(x, y) & 0xFFFFFFu, qRgb(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF) & 0xFFFFFFu)
+                    << name << " " << x << "," << y;
+            }
+    }
 }

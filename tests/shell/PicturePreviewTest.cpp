@@ -41,6 +41,7 @@ class PicturePreview : public ::testing::Test {
 protected:
     void SetUp() override {
         WriteFile(dir / "bars.bmp", fixtures::BuildBmp24(fixtures::ColourBars(12, 7)));
+        WriteFile(dir / "grad.tga", fixtures::BuildTga(fixtures::GradientImage(12, 7)));
         WriteFile(dir / "grad.gif", fixtures::BuildGif(fixtures::Quantise332(fixtures::GradientImage(12, 7))));
         WriteFile(dir / "photo.jpg", fixtures::BuildJpeg(fixtures::GradientImage(12, 7)));
         fixtures::JpegOptions extended;
@@ -65,6 +66,7 @@ TEST_F(PicturePreview, SelectionNamesThePictureAndPreviewShowsIt) {
         {"bars.bmp", "BMP Picture 12x7", "bmp", true, false},
         {"grad.gif", "GIF Picture 12x7", "gif", true, true},
         {"photo.jpg", "JPG Picture 12x7", "jpg", true, true},
+        {"grad.tga", "TGA Bitmap : 12x7 (24 Bits/Pixel)", "tga", true, true},
         {"nomark.jpg", "JPG Picture ", "jpg", false, false},
     };
     for (const Case& c : cases) {
@@ -85,10 +87,14 @@ TEST_F(PicturePreview, SelectionNamesThePictureAndPreviewShowsIt) {
         const Rect& pane = form.oPicture.Bounds();
         EXPECT_EQ(pane.Left, 0);
         EXPECT_EQ(pane.Width, 12) << c.name;
-        // The loader's pattern, its corner at the pane's corner.
+        // The loader's pattern, or the TGA's own pixels, corner to corner.
         const auto corner = static_cast<uint32_t>(form.oPicture.Point(11, 6));
         const uint32_t v = PatternLoader::Colour(11, 6);
-        EXPECT_EQ(corner, fixtures::ColorWord(v >> 16, (v >> 8) & 0xFF, v & 0xFF)) << c.name;
+        const fixtures::RgbImage gradient = fixtures::GradientImage(12, 7);
+        const uint8_t* tga = gradient.At(11, 6);
+        EXPECT_EQ(corner, c.panel2[0] == 't' ? fixtures::ColorWord(tga[0], tga[1], tga[2])
+                                             : fixtures::ColorWord(v >> 16, (v >> 8) & 0xFF, v & 0xFF))
+            << c.name;
     }
 }
 

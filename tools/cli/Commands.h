@@ -6,6 +6,7 @@
 
 int CliPak(const std::vector<std::string>& args);
 int CliMesh(const std::vector<std::string>& args);
+int CliPicture(const std::vector<std::string>& args);
 // pak unpak: the batch run of the Unpak dialog.
 int CliPakUnpak(const std::vector<std::string>& args);
 // wave info and wave play: the wave player.

@@ -42,6 +42,11 @@ const char kUsage[] =
     "  wave info PATH              the format, the data chunk and the buffer size of a wave\n"
     "  wave play PATH [--null] [--fast] [--trace] [--buffer SECONDS]\n"
     "                              plays a wave on the default output or the null device\n"
+    "  picture PATH OUT [--gray | --invert | --fade N | --lightness PERCENT]\n"
+    "                              previews PATH and writes what the picture pane shows:\n"
+    "                              a 24-bit BMP, or a PNG when OUT ends in .png (a Planar\n"
+    "                              Bitmap without an option keeps its palette and indices);\n"
+    "                              the options change a Planar Bitmap's colour table first\n"
     "  --help                      this text\n";
 
 int Fail(const std::string& message) { return CliFail(message); }
@@ -136,6 +141,7 @@ int main(int argc, char** argv) {
         if (command == "pak") return CliPak(rest);
         if (command == "mesh") return CliMesh(rest);
         if (command == "wave") return CliWave(rest);
+        if (command == "picture") return CliPicture(rest);
     } catch (const RuntimeError& e) {
         return Fail(e.Description);
     } catch (const std::exception& e) {
