@@ -1,6 +1,7 @@
 #include "pictures/CImageFiles.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "identify/IFileHost.h"
 #include "pictures/CTGAFile.h"
@@ -44,6 +45,22 @@ private:
     bool end_ = false;
 };
 
+// The width and the height at `offset`, little-endian fields of T; a file too
+// short for them gives 0.
+template <typename T>
+std::pair<int32_t, int32_t> ReadSizes(HFILE h, int32_t offset) {
+    T width = 0, height = 0;
+    _llseek(h, offset, FILE_BEGIN);
+    if constexpr (sizeof(T) == 4) {
+        ReadLong(h, width);
+        ReadLong(h, height);
+    } else {
+        ReadWord(h, width);
+        ReadWord(h, height);
+    }
+    return {width, height};
+}
+
 std::string SizeText(int32_t width, int32_t height) { return std::to_string(width) + "x" + std::to_string(height); }
 
 }  // namespace
@@ -85,11 +102,7 @@ bool CImageFiles::Initialize(const std::string& lpPathName) {
             case 'B':
                 ReadByte(m_hFile, b);
                 if (b == 'M') {
-                    // A file too short for the sizes gives 0 for them.
-                    int32_t width = 0, height = 0;
-                    _llseek(m_hFile, 18, FILE_BEGIN);
-                    ReadLong(m_hFile, width);
-                    ReadLong(m_hFile, height);
+                    const auto [width, height] = ReadSizes<int32_t>(m_hFile, 18);
                     SetSizedKind(ikBmp, "bmp", "BMP Picture ", false, width, height);
                 }
                 break;
@@ -97,10 +110,7 @@ bool CImageFiles::Initialize(const std::string& lpPathName) {
                 ReadByte(m_hFile, b);
                 if (b == 'I') ReadByte(m_hFile, b);
                 if (b == 'F') {
-                    int16_t width = 0, height = 0;
-                    _llseek(m_hFile, 6, FILE_BEGIN);
-                    ReadWord(m_hFile, width);
-                    ReadWord(m_hFile, height);
+                    const auto [width, height] = ReadSizes<int16_t>(m_hFile, 6);
                     SetSizedKind(ikGif, "gif", "GIF Picture ", true, width, height);
                 }
                 break;
