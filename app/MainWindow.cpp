@@ -7,6 +7,7 @@
 #include <QFontDatabase>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QWheelEvent>
 #include <QLabel>
 #include <QListView>
 #include <QMenu>
@@ -33,6 +34,7 @@
 #include "KeyCodes.h"
 #include "ListViewModel.h"
 #include "PictureView.h"
+#include "ScrollBarView.h"
 #include "Text1252.h"
 #include "platform/Runtime.h"
 #include "shell/frmMain.h"
@@ -215,13 +217,21 @@ MainWindow::MainWindow(frmMain& form, QWidget* parent) : QMainWindow(parent), fo
     img->setFrameStyle(QFrame::Panel | QFrame::Sunken);
     img->setLineWidth(form_.oImg.BorderPixels);
     img_ = img;
+    // The inside of the border clips the picture, which scrolls under it.
+    imgClient_ = new QWidget(img_);
+    imgClient_->setObjectName(QStringLiteral("oImgClient"));
+    imgClient_->installEventFilter(this);
+    auto* picture = new PictureView(form_.oPicture, imgClient_);
+    picture->setObjectName(QStringLiteral("oPicture"));
+    picture->installEventFilter(this);
+    picture_ = picture;
+    BuildImgBars();
     Bind(form_.oImg, img_, [this] {
-        if (picture_ != nullptr) Place(form_.oPicture, picture_);
+        imgClient_->setGeometry(img_->contentsRect());
+        Place(form_.oPicture, picture_);
+        PlaceImgBars();
         img_->update();
     });
-    auto* picture = new PictureView(form_.oPicture, img_);
-    picture->setObjectName(QStringLiteral("oPicture"));
-    picture_ = picture;
     Bind(form_.oPicture, picture_, [this] { picture_->update(); });
 
     QFrame* fraDocMain = MakeFrame(fraMain, "fraDocMain");
@@ -279,7 +289,7 @@ void MainWindow::Place(const Control& model, QWidget* widget) {
         // Inside oImg the scale unit is the pixel, and places count from the
         // inside of its border.
         const Rect& b = model.Bounds();
-        widget->setGeometry(QRect(b.Left, b.Top, b.Width, b.Height).translated(img_->contentsRect().topLeft()));
+        widget->setGeometry(QRect(b.Left, b.Top, b.Width, b.Height));
     } else {
         widget->setGeometry(PixelRect(model.Bounds()));
     }
@@ -532,6 +542,43 @@ void MainWindow::BuildListView() {
     Bind(form_.oListView, listView_, [this] { RefreshListView(); });
 }
 
+void MainWindow::BuildImgBars() {
+    const int32_t hWnd = form_.oImg.hWnd();
+    for (int32_t nBar : {SB_HORZ, SB_VERT}) {
+        auto* bar = new ScrollBarView(hWnd, nBar, img_);
+        bar->setObjectName(nBar == SB_HORZ ? QStringLiteral("oImg_HScroll") : QStringLiteral("oImg_VScroll"));
+        imgBars_[nBar] = bar;
+    }
+    imgCorner_ = new QWidget(img_);
+    imgCorner_->setAutoFillBackground(true);
+    imgCorner_->setBackgroundRole(QPalette::Button);
+    // The platform tells when anything the bars show has changed.
+    SetScrollBarObserver([this, hWnd](int32_t changed) {
+        if (changed == hWnd) RefreshImgBars();
+    });
+    disconnect_.push_back([] { SetScrollBarObserver({}); });
+}
+
+void MainWindow::PlaceImgBars() {
+    // The bars lie inside the border along the right and bottom edges; where
+    // both show, the corner between them stays the pane's.
+    const QRect inside = img_->contentsRect();
+    ScrollBarView* h = imgBars_[0];
+    ScrollBarView* v = imgBars_[1];
+    const int hExtent = h->State().shown ? h->Extent() : 0;
+    const int vExtent = v->State().shown ? v->Extent() : 0;
+    h->setGeometry(inside.left(), inside.bottom() + 1 - hExtent, std::max(0, inside.width() - vExtent), hExtent);
+    v->setGeometry(inside.right() + 1 - vExtent, inside.top(), vExtent, std::max(0, inside.height() - hExtent));
+    imgCorner_->setGeometry(inside.right() + 1 - vExtent, inside.bottom() + 1 - hExtent, vExtent, hExtent);
+    imgCorner_->setVisible(hExtent > 0 && vExtent > 0);
+}
+
+void MainWindow::RefreshImgBars() {
+    if (unloaded_) return;
+    for (ScrollBarView* bar : imgBars_) bar->Refresh();
+    PlaceImgBars();
+}
+
 // ---- Models to widgets -------------------------------------------------------------
 
 void MainWindow::RefreshDir() {
@@ -774,6 +821,13 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
         }
         case QEvent::MouseButtonPress:
             if (file_ != nullptr && watched == file_->viewport()) clickRaisedByPress_ = false;
+            break;
+        case QEvent::Wheel:
+            if (watched == imgClient_ || watched == picture_) {
+                // The wheel over the picture pane scrolls its bars.
+                ScrollBarWheel(form_.oImg.hWnd(), static_cast<QWheelEvent*>(event)->angleDelta().y());
+                return true;
+            }
             break;
         case QEvent::MouseButtonDblClick:
             for (size_t i = 0; i < panels_.size(); ++i) {

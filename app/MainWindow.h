@@ -27,6 +27,7 @@ class QStatusBar;
 class QToolBar;
 class QTreeView;
 class QTreeWidget;
+class ScrollBarView;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -66,6 +67,10 @@ private:
     void BuildStatusBar();
     void BuildDocuments();
     void BuildListView();
+    // oImg's two bars, kept by the platform for oImg's window.
+    void BuildImgBars();
+    void PlaceImgBars();
+    void RefreshImgBars();
 
     // Shows a model's place, visibility and enabled state on its widget, and
     // calls `refresh` for the rest each time the model changes.
@@ -113,6 +118,10 @@ private:
     ListViewModel* listModel_ = nullptr;
     QWidget* img_ = nullptr;
     QWidget* picture_ = nullptr;
+    QWidget* imgClient_ = nullptr;
+    // Horizontal (bar 0), then vertical (bar 1).
+    ScrollBarView* imgBars_[2] = {nullptr, nullptr};
+    QWidget* imgCorner_ = nullptr;
     std::vector<QAction*> fileActions_;
     std::vector<QAction*> toolsActions_;
 

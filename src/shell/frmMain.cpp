@@ -111,6 +111,9 @@ frmMain::frmMain() : Form("frmMain") {
     tReport.Change.Connect([this] { tReport_Change(); });
     tReport.KeyDown.Connect([this](int16_t& key, int16_t shift) { tReport_KeyDown(key, shift); });
     Resize.Connect([this] { Form_Resize(); });
+    oImg.Resize.Connect([this] { oImg_Resize(); });
+    oScroll.Change.Connect([this](int32_t& eBar) { oScroll_Change(eBar); });
+    oScroll.Scroll.Connect([this](int32_t& eBar) { oScroll_Scroll(eBar); });
 }
 
 frmMain::~frmMain() {
@@ -170,6 +173,7 @@ void frmMain::Form_Load() {
     oDrive.InitDrive(drive);
     PassOver([&] { oDir.SetPath(App::Path()); });
     lInfo.SetCaption("Quarrin, by Corvane\r\nVersion 0.97");
+    PassOver([&] { oScroll.Create(oImg.hWnd()); });
 }
 
 void frmMain::Form_Unload(int16_t& Cancel) {
@@ -198,6 +202,50 @@ void frmMain::Form_Resize() {
     PassOver([&] { tReport_Change(); });
     if (W < 7200) PassOver([&] { SetWidth(7200); });
     if (H < 5600) PassOver([&] { SetHeight(6400); });
+}
+
+namespace {
+
+// One bar of oImg_Resize: the bar's units are as many pixels as a pixel has
+// twips, so `over` is the picture's overhang in those units.
+void FitBar(cScrollBars& bars, PictureBox& picture, int32_t eBar, int32_t pictureSize, int32_t innerSize,
+            int32_t twipsPerPixel) {
+    int32_t over = 0;
+    PassOver([&] { over = VbIntDiv(VbToLong(static_cast<int64_t>(pictureSize) - innerSize), twipsPerPixel); });
+    if (over > 0) {
+        // An inner size below one unit divides by zero: no steps, and so no
+        // LargeChange, but the bar still gets its Max and shows.
+        int32_t steps = 0;
+        PassOver([&] { steps = VbAdd32(VbIntDiv(over, VbIntDiv(innerSize, twipsPerPixel)), 1); });
+        PassOver([&] { bars.SetLargeChange(eBar, VbIntDiv(over, steps)); });
+        PassOver([&] { bars.SetMax(eBar, over); });
+        PassOver([&] { bars.SetVisible(eBar, true); });
+    } else {
+        PassOver([&] { bars.SetVisible(eBar, false); });
+        PassOver([&] { eBar == 0 ? picture.SetLeft(0) : picture.SetTop(0); });
+    }
+}
+
+}  // namespace
+
+void frmMain::oImg_Resize() {
+    // The vertical bar first.
+    FitBar(oScroll, oPicture, 1, oPicture.Bounds().Height, oImg.ScaleHeight(), screen.TwipsPerPixelY);
+    FitBar(oScroll, oPicture, 0, oPicture.Bounds().Width, oImg.ScaleWidth(), screen.TwipsPerPixelX);
+}
+
+void frmMain::oScroll_Change(int32_t& eBar) { oScroll_Scroll(eBar); }
+
+void frmMain::oScroll_Scroll(int32_t& eBar) {
+    // Raised from inside the bars' message handling, which a failure must not
+    // leave; the picture then stays where it was.
+    PassOver([&] {
+        const int64_t value = oScroll.Value(eBar);
+        if (eBar == 0)
+            oPicture.SetLeft(VbToLong(-value * screen.TwipsPerPixelX));
+        else
+            oPicture.SetTop(VbToLong(-value * screen.TwipsPerPixelY));
+    });
 }
 
 // ---- Selection and preview --------------------------------------------------
@@ -333,6 +381,7 @@ void frmMain::oFile_DblClick() {
                 oImg.SetVisible(true);
                 m_oImageFiles->Show();
                 oImg.Refresh();
+                oImg_Resize();
                 break;
             case fkGame: {
                 bool listView = !m_oGameFiles->HideListView();
@@ -348,6 +397,7 @@ void frmMain::oFile_DblClick() {
                 m_oGameFiles->Show(oPicture.hDC);
                 oPicture.Refresh();
                 oImg.Refresh();
+                oImg_Resize();
                 break;
             }
             default:

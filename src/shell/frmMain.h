@@ -14,6 +14,7 @@
 #include "controls/ListView.h"
 #include "identify/IFileHost.h"
 #include "pak/frmScript.h"
+#include "winsupport/cScrollBars.h"
 
 class CNerhaltFiles;
 class CBINFile;
@@ -58,6 +59,8 @@ public:
     std::vector<std::unique_ptr<MenuItem>> mnuSubFile;   // indices 0 to 4
     std::vector<std::unique_ptr<MenuItem>> mnuSubTools;  // indices 0 to 2
     Screen screen;
+    // The two bars of oImg, which scroll oPicture; bound to oImg at Form_Load.
+    cScrollBars oScroll;
 
     // Outer size of the window, in twips.
     int32_t WindowWidth() const { return Bounds().Width; }
@@ -79,6 +82,11 @@ public:
     void Form_Load();
     void Form_Unload(int16_t& Cancel);
     void Form_Resize();
+
+    // ---- Layout of the panes ---------------------------------------------------
+    void oImg_Resize();
+    void oScroll_Change(int32_t& eBar);
+    void oScroll_Scroll(int32_t& eBar);
 
     // ---- Selection and preview ------------------------------------------------
     void oFile_Click();

@@ -14,6 +14,7 @@
 #include <QPixmap>
 #include <QTabWidget>
 #include <QTest>
+#include <QWheelEvent>
 #include <QToolBar>
 #include <QTreeView>
 #include <QTreeWidget>
@@ -22,6 +23,7 @@
 
 #include "AppTestSupport.h"
 #include "MainWindow.h"
+#include "ScrollBarView.h"
 #include "QtPictureService.h"
 #include "fixtures/ByteWriter.h"
 #include "fixtures/PictureBuilder.h"
@@ -311,8 +313,9 @@ TEST_F(Window, TheParentButtonGoesUpAndTheDriveListGoesToTheRoot) {
 TEST_F(Window, ThePicturePaneShowsTheBackgroundsOfItsModels) {
     QWidget* img = Find<QWidget>("oImg");
     QWidget* picture = Find<QWidget>("oPicture");
-    // oPicture lies at its pixel place inside oImg's border.
-    EXPECT_EQ(picture->pos() - img->contentsRect().topLeft(), QPoint(10, 0));
+    // oPicture fits the pane, so the first layout puts it at the top left
+    // inside oImg's border.
+    EXPECT_EQ(picture->mapTo(img, QPoint(0, 0)), img->contentsRect().topLeft());
     const QImage pane = img->grab().toImage();
     const QImage inside = picture->grab().toImage();
     EXPECT_EQ(inside.pixelColor(inside.width() / 2, inside.height() / 2), picture->palette().color(QPalette::WindowText));
@@ -335,6 +338,34 @@ TEST_F(Window, ANarrowWindowSnapsBackAndThePanesFollowTheModel) {
     ASSERT_TRUE(EventsUntil([&] { return window.ClientArea()->size() == QSize(900, 700); }));
     EXPECT_EQ(form.oSSTab.Bounds().Width, 900 * 15 + 120 - 340);
     EXPECT_EQ(Find<QWidget>("oSSTab")->width(), MainWindow::Pixels(900 * 15 + 120 - 340));
+}
+
+TEST_F(Window, ALargePictureGetsBarsThatMoveIt) {
+    form.oScroll.Create(form.oImg.hWnd());
+    form.oPicture.Move(0, 0, 2000, 1500);
+    form.oImg_Resize();
+    auto* hbar = Find<ScrollBarView>("oImg_HScroll");
+    auto* vbar = Find<ScrollBarView>("oImg_VScroll");
+    QWidget* img = Find<QWidget>("oImg");
+    QWidget* picture = Find<QWidget>("oPicture");
+    ASSERT_TRUE(hbar->isVisible() && vbar->isVisible());
+    // The bars lie inside the border along the right and bottom edges.
+    EXPECT_EQ(vbar->geometry().topRight(), img->contentsRect().topRight());
+    EXPECT_EQ(hbar->geometry().bottomLeft(), img->contentsRect().bottomLeft());
+    // The down arrow moves the picture one unit of 15 pixels up; a notch of
+    // the wheel over the picture three more.
+    QTest::mouseClick(vbar, Qt::LeftButton, {}, QPoint(vbar->width() / 2, vbar->height() - 3));
+    EXPECT_EQ(form.oScroll.Value(1), 1);
+    EXPECT_EQ(picture->y(), -15);
+    QWheelEvent wheel(QPointF(5, 5), picture->mapToGlobal(QPointF(5, 5)), {}, QPoint(0, -120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(picture, &wheel);
+    EXPECT_EQ(picture->y(), -60);
+    // A narrower window gives a wider overhang and so a longer bar.
+    const int32_t max = form.oScroll.Max(0);
+    window.resize(500, window.height());
+    ASSERT_TRUE(EventsUntil([&] { return form.oScroll.Max(0) > max; }));
+    EXPECT_EQ(hbar->geometry().bottomLeft(), img->contentsRect().bottomLeft());
 }
 
 TEST_F(Window, TheHourglassFollowsTheScreenPointer) {

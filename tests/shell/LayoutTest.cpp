@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
 #include "shell/frmMain.h"
 
 namespace {
@@ -54,5 +59,94 @@ TEST(Layout, PanesFollowTheWindowAndTheWindowKeepsItsMinimum) {
         EXPECT_TRUE(form.oVScroll.Bounds() == (Box{row.vscrollLeft, 190, 255, 2950}));
         EXPECT_EQ(form.oImg.ScaleWidth(), row.innerWidth);
         EXPECT_EQ(form.oImg.ScaleHeight(), row.innerHeight);
+    }
+}
+
+TEST(Layout, APictureLargerThanItsPaneGetsTheBarsOfItsOverhang) {
+    struct Bar {
+        bool visible;
+        int32_t max, largeChange;
+    };
+    struct Row {
+        const char* what;
+        int32_t imgHeight;  // twips; oImg is 8415 wide, 557 pixels inside
+        Box picture;        // pixels, before the resize
+        Bar hbar, vbar;
+        int32_t left, top;  // oPicture's place after it
+    };
+    // Applied in order to one window: a bar keeps what it was given until it
+    // is given something else.
+    const Row rows[] = {
+        {"fits", 2600, {10, 5, 300, 100}, {false, 0, 0}, {false, 0, 0}, 0, 0},
+        {"taller only", 2600, {10, 5, 200, 500}, {false, 0, 0}, {true, 22, 7}, 0, 5},
+        {"both ways", 2600, {10, 5, 2000, 1500}, {true, 96, 32}, {true, 88, 9}, 10, 5},
+        // 14 pixels inside: no steps and no new LargeChange, but a Max and a bar.
+        {"tiny pane", 270, {10, 5, 2000, 1500}, {true, 96, 32}, {true, 99, 9}, 10, 5},
+        {"over by less than a unit", 2600, {10, 5, 571, 183}, {false, 96, 32}, {false, 99, 9}, 0, 0},
+    };
+    frmMain form;
+    form.oScroll.Create(form.oImg.hWnd());
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        form.oPicture.Move(row.picture.left, row.picture.top, row.picture.width, row.picture.height);
+        form.oImg.Move(90, 4080, 8415, row.imgHeight);
+        form.oImg_Resize();
+        const Bar* bars[] = {&row.hbar, &row.vbar};
+        for (int32_t eBar : {0, 1}) {
+            EXPECT_EQ(form.oScroll.Visible(eBar), bars[eBar]->visible) << eBar;
+            EXPECT_EQ(form.oScroll.Max(eBar), bars[eBar]->max) << eBar;
+            EXPECT_EQ(form.oScroll.LargeChange(eBar), bars[eBar]->largeChange) << eBar;
+        }
+        EXPECT_EQ(form.oPicture.Bounds().Left, row.left);
+        EXPECT_EQ(form.oPicture.Bounds().Top, row.top);
+    }
+}
+
+TEST(Layout, ScrollMessagesOfTheBarsMoveThePicture) {
+    frmMain form;
+    form.oScroll.Create(form.oImg.hWnd());
+    form.oPicture.Move(0, 0, 2000, 1500);
+    form.oImg_Resize();
+    const int32_t hWnd = form.oImg.hWnd();
+    // Each unit of a bar is 15 pixels; a page of the vertical bar is 9 units.
+    SendMessageA(hWnd, WM_VSCROLL, SB_LINEDOWN, 0);
+    EXPECT_EQ(form.oPicture.Bounds().Top, -15);
+    SendMessageA(hWnd, WM_VSCROLL, SB_PAGEDOWN, 0);
+    EXPECT_EQ(form.oPicture.Bounds().Top, -150);
+    SendMessageA(hWnd, WM_VSCROLL, SB_ENDSCROLL, 0);
+    EXPECT_EQ(form.oPicture.Bounds().Top, -150);
+    SendMessageA(hWnd, WM_HSCROLL, SB_BOTTOM, 0);
+    EXPECT_EQ(form.oPicture.Bounds().Left, -96 * 15);
+    EXPECT_EQ(form.oPicture.Bounds().Top, -150);
+}
+
+TEST(Layout, TheCommandLinePrintsThePanesAndBarsInTwips) {
+    struct Row {
+        const char* args;
+        const char* output;
+    };
+    const Row rows[] = {
+        {"617x571 --picture 2000x1500",
+         "oSSTab=90,180,8915,3855\nfraDocMain=160,500,8755,3480\noImg=90,4080,8895,3145\n"
+         "oListView=90,4080,8895,3145\nfraMain=40,280,9055,7285\ntReport=4580,160,4095,3250\n"
+         "oVScroll=8390,190,255,2950\nwindow=9255,8565\ninner=589,206\nhbar=1,94,31\nvbar=1,86,12\n"},
+        // Below the minimum: the nested resizes leave the window at 7200 x 6400.
+        {"300x200",
+         "oSSTab=90,180,6860,3855\nfraDocMain=160,500,6700,3480\noImg=90,4080,6840,980\n"
+         "oListView=90,4080,6840,980\nfraMain=40,280,7000,5120\ntReport=4580,160,2040,3250\n"
+         "oVScroll=6335,190,255,2950\nwindow=7200,6400\ninner=452,61\n"},
+        {"300x --picture 1x1", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.args);
+        const std::string command = std::string(QUARRIN_TOOLS_DIR) + "/quarrin-cli layout " + row.args + " 2>/dev/null";
+        FILE* pipe = popen(command.c_str(), "r");
+        ASSERT_NE(pipe, nullptr);
+        std::string output;
+        char buffer[256];
+        for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
+        const int status = pclose(pipe);
+        EXPECT_EQ(output, row.output);
+        EXPECT_EQ(WEXITSTATUS(status), *row.output == 0 ? 1 : 0);
     }
 }

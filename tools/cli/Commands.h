@@ -11,3 +11,5 @@ int CliPicture(const std::vector<std::string>& args);
 int CliPakUnpak(const std::vector<std::string>& args);
 // wave info and wave play: the wave player.
 int CliWave(const std::vector<std::string>& args);
+// layout: the panes for a window size, and the bars for a picture size.
+int CliLayout(const std::vector<std::string>& args);

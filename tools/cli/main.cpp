@@ -47,6 +47,10 @@ const char kUsage[] =
     "                              a 24-bit BMP, or a PNG when OUT ends in .png (a Planar\n"
     "                              Bitmap without an option keeps its palette and indices);\n"
     "                              the options change a Planar Bitmap's colour table first\n"
+    "  layout WIDTHxHEIGHT [--picture WxH]\n"
+    "                              the panes of a window of that outer size in pixels,\n"
+    "                              in twips, and the picture pane's bars for a picture\n"
+    "                              of that size\n"
     "  --help                      this text\n";
 
 int Fail(const std::string& message) { return CliFail(message); }
@@ -142,6 +146,7 @@ int main(int argc, char** argv) {
         if (command == "mesh") return CliMesh(rest);
         if (command == "wave") return CliWave(rest);
         if (command == "picture") return CliPicture(rest);
+        if (command == "layout") return CliLayout(rest);
     } catch (const RuntimeError& e) {
         return Fail(e.Description);
     } catch (const std::exception& e) {
