@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "fixtures/SampleSet.h"
+#include "samples/SampleSet.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        fixtures::WriteSamples(argv[1]);
+        samples::WriteSamples(argv[1]);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "quarrin-samples: %s\n", e.what());
         return 1;
