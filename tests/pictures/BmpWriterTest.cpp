@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures_check/CheckSupport.h"
+#include "fixtures/Judges.h"
 #include "pictures/BmpWriter.h"
 #include "pictures/SavePicture.h"
 #include "platform/Files.h"

@@ -4,7 +4,7 @@
 #include "fixtures/PictureBuilder.h"
 #include "fixtures/PlanarBuilder.h"
 #include "fixtures/ScriptedDialogs.h"
-#include "fixtures_check/CheckSupport.h"
+#include "fixtures/Judges.h"
 #include "platform/Picture.h"
 #include "shell/frmMain.h"
 

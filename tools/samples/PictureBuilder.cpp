@@ -4,6 +4,9 @@
 #include <cmath>
 #include <stdexcept>
 
+#include <QBuffer>
+#include <QImage>
+
 #include "samples/ByteWriter.h"
 
 namespace samples {
@@ -134,6 +137,16 @@ std::string BuildBmp8(const IndexedImage& image) {
         w.Fill(stride - static_cast<uint32_t>(image.Width));
     }
     return w.Data();
+}
+
+std::string JpegFile(const RgbImage& image, bool grey) {
+    QImage picture(image.Rgb.data(), image.Width, image.Height, image.Width * 3, QImage::Format_RGB888);
+    if (grey) picture = picture.convertToFormat(QImage::Format_Grayscale8);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!picture.save(&buffer, "JPG", 85)) throw std::runtime_error("Qt cannot write JPEG files");
+    return bytes.toStdString();
 }
 
 }  // namespace samples

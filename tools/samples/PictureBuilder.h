@@ -59,4 +59,7 @@ std::string BuildBmp24(const RgbImage& image);
 // An uncompressed bottom-up BMP of 8 bits per pixel with a 256-entry colour table.
 std::string BuildBmp8(const IndexedImage& image);
 
+// A JFIF file of the picture by Qt's writer, in colour or in grey levels.
+std::string JpegFile(const RgbImage& image, bool grey = false);
+
 }  // namespace samples
