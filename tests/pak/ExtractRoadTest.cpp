@@ -29,13 +29,19 @@ protected:
                    {"big.bin", std::string(70000, 'q') + "tail"},
                    {"Map.DAT", std::string(3000, '\x01')},
                    {"notes.txt", std::string(5000, 'n')},
-                   {"copy.raw", "stored as is"}};
+                   {"copy.raw", "stored as is"},
+                   {"a&b;c.plt", std::string(768, '&')},
+                   {"quote\"d.seq", std::string(3000, '"')},
+                   {"empty.bin", ""}};
         fixtures::PakBuilder pak;
         pak.Stored("readme.txt", members["readme.txt"])
             .Imploded("big.bin", members["big.bin"])
             .Imploded("Map.DAT", members["Map.DAT"])
             .Imploded("notes.txt", members["notes.txt"])
-            .Stored("copy.raw", members["copy.raw"]);
+            .Stored("copy.raw", members["copy.raw"])
+            .Imploded("a&b;c.plt", members["a&b;c.plt"])
+            .Imploded("quote\"d.seq", members["quote\"d.seq"])
+            .Stored("empty.bin", "");
         fs::create_directories(dir / "game");
         fs::create_directories(dir / "out");
         fixtures::WriteFile(dir / "game/data.pak", pak.Build());
@@ -99,7 +105,8 @@ protected:
 
 TEST_F(ExtractRoad, AllFilesLeavesEveryMembersOriginalBytesAndNoWrapper) {
     Run([](frmScript& f) { f.OptSel[0].SetValue(true); });
-    EXPECT_EQ(Out(), Expected({"readme.txt", "big.bin", "Map.DAT", "notes.txt", "copy.raw"}));
+    EXPECT_EQ(Out(), Expected({"readme.txt", "big.bin", "Map.DAT", "notes.txt", "copy.raw", "a&b;c.plt", "quote\"d.seq",
+                               "empty.bin"}));
     std::string script = ReadFile(dir / "out/_unpak_.bat");
     EXPECT_EQ(script.substr(0, script.find("\r\n")), "cd \"" + dir / "out/" + "\"");
     EXPECT_NE(script.find("cmd /c \"" + g_sPkzipPath + "\" -Extract \"big.bin.zip\"\r\nDel \"big.bin.zip\"\r\n"),
@@ -109,9 +116,10 @@ TEST_F(ExtractRoad, AllFilesLeavesEveryMembersOriginalBytesAndNoWrapper) {
 }
 
 TEST_F(ExtractRoad, SelectedFilesTakesOnlyTheSelection) {
-    // Display order is by name: big.bin, copy.raw, Map.DAT, notes.txt, readme.txt.
-    main.oListView.SelectOnly(1);
-    main.oListView.SetSelected(5, true);
+    // Display order is by name: a&b;c.plt, big.bin, copy.raw, empty.bin, Map.DAT,
+    // notes.txt, quote"d.seq, readme.txt.
+    main.oListView.SelectOnly(2);
+    main.oListView.SetSelected(8, true);
     Run([](frmScript& f) { EXPECT_TRUE(f.OptSel[1].Value()); });
     EXPECT_EQ(Out(), Expected({"big.bin", "readme.txt"}));
 }
