@@ -5,7 +5,7 @@
 #include "fixtures/PictureBuilder.h"
 #include "fixtures/PlanarBuilder.h"
 #include "fixtures/Programs.h"
-#include "fixtures_check/CheckSupport.h"
+#include "fixtures/Judges.h"
 #include "platform/Files.h"
 
 using fixtures::TempDir;
