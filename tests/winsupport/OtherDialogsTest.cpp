@@ -19,7 +19,7 @@ using fixtures::ScriptedColorDialogs;
 using fixtures::ScriptedFontDialogs;
 using fixtures::ScriptedPrintDialogs;
 
-using winsupporttest::FailureOf;
+using fixtures::ErrorOf;
 
 namespace {
 
@@ -66,7 +66,7 @@ TEST_F(Dialogs, ShowColor) {
         dlg.SetColor(row.colorIn);
         dlg.SetCancelError(row.cancelError);
         dlg.Sethwnd(0x104);
-        EXPECT_EQ(FailureOf([&] { dlg.ShowColor(); }).Number, row.failure);
+        EXPECT_EQ(ErrorOf([&] { dlg.ShowColor(); }).Number, row.failure);
         ASSERT_EQ(user.Requests().size(), 1u);
         const ColorDialogRequest& r = user.Requests()[0];
         EXPECT_EQ(r.color, row.shown);
@@ -90,8 +90,8 @@ TEST_F(Dialogs, TheCustomColoursStartAsTheSystemColoursAndKeepTheUsersChanges) {
     dlg.ShowColor();
     EXPECT_EQ(user.Requests()[1].customColors[3], 0xABCDEFu);
     EXPECT_EQ(user.Requests()[1].customColors[15], 0x123u);
-    EXPECT_EQ(FailureOf([&] { dlg.CustomColor(16); }).Number, vbErrSubscript);
-    EXPECT_EQ(FailureOf([&] { dlg.SetCustomColor(-1, 0); }).Number, vbErrSubscript);
+    EXPECT_EQ(ErrorOf([&] { dlg.CustomColor(16); }).Number, vbErrSubscript);
+    EXPECT_EQ(ErrorOf([&] { dlg.SetCustomColor(-1, 0); }).Number, vbErrSubscript);
 
     // A direct caller gets -1 for a cancelled dialog.
     ChooseColorArgs args;
@@ -168,7 +168,7 @@ TEST_F(Dialogs, ShowFont) {
         dlg.SetMax(row.max);
         dlg.SetCancelError(row.cancelError);
         if (row.withPrinter) dlg.SetObject(printer);
-        EXPECT_EQ(FailureOf([&] { dlg.ShowFont(); }).Number, row.failure);
+        EXPECT_EQ(ErrorOf([&] { dlg.ShowFont(); }).Number, row.failure);
         ASSERT_EQ(user.Requests().size(), 1u);
         const FontDialogRequest& r = user.Requests()[0];
         EXPECT_EQ(r.faceName, row.face);
@@ -236,7 +236,7 @@ TEST_F(Dialogs, ShowPrinter) {
         dlg.SetMax(row.max);
         dlg.SetCopies(row.copies);
         dlg.SetCancelError(true);
-        EXPECT_EQ(FailureOf([&] { dlg.ShowPrinter(); }).Number, 0);
+        EXPECT_EQ(ErrorOf([&] { dlg.ShowPrinter(); }).Number, 0);
         ASSERT_EQ(user.PrintRequests().size(), 1u);
         const PrintDialogRequest& r = user.PrintRequests()[0];
         EXPECT_EQ(r.range, row.range);
@@ -432,7 +432,7 @@ TEST_F(Dialogs, ShowHelp) {
         dlg.SetHelpCommand(static_cast<int32_t>(row.command));
         dlg.SetHelpFile(row.file);
         dlg.Sethwnd(0x104);
-        const RuntimeError raised = FailureOf([&] { dlg.ShowHelp(); });
+        const RuntimeError raised = ErrorOf([&] { dlg.ShowHelp(); });
         EXPECT_EQ(raised.Number, row.failure);
         EXPECT_FALSE(dlg.IsFileDialog());
         if (row.failure != 0) {

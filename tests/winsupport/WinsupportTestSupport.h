@@ -4,23 +4,15 @@
 
 #include <functional>
 
-#include "platform/Runtime.h"
+#include "fixtures/ErrorOf.h"
 
 namespace winsupporttest {
 
-// The failure an action raised; number 0 when it raised none.
-inline RuntimeError FailureOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        return e;
-    }
-    return RuntimeError(0, "", "");
-}
+using fixtures::ErrorOf;
 
 // The failure an action must raise.
 inline RuntimeError Raised(const std::function<void()>& action) {
-    RuntimeError e = FailureOf(action);
+    RuntimeError e = ErrorOf(action);
     if (e.Number == 0) ADD_FAILURE() << "no failure was raised";
     return e;
 }

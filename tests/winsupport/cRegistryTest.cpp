@@ -2,31 +2,21 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/RegistryHome.h"
 #include "identify/modGlobal.h"
 #include "platform/Runtime.h"
 #include "winsupport/cRegistry.h"
+#include "WinsupportTestSupport.h"
 
 using fixtures::ReadFile;
 using fixtures::RegistryHome;
+using winsupporttest::Raised;
 
 namespace {
 
 const std::string kSettings = "Software\\Corvane\\Quarrin";
-
-// The failure that `action` raises; fails the test when it raises none.
-RuntimeError Raised(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const RuntimeError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return RuntimeError(0, "", "");
-}
 
 // The stored type and bytes of a value, as the registry holds them.
 bool Stored(HKEY root, const std::string& path, const std::string& name, DWORD& type, std::string& data) {
@@ -349,16 +339,6 @@ TEST(VariantValue, ConvertsAsTheRuntimeDoes) {
     EXPECT_EQ(Variant("x").VarType(), Variant::vbString);
     EXPECT_EQ(Variant(std::vector<uint8_t>{}).VarType(), Variant::vbByteArray);
     EXPECT_NE(Variant(int16_t{1}), Variant(int32_t{1}));
-    try {
-        Variant("12abc").ToLong();
-        ADD_FAILURE();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 13);
-    }
-    try {
-        Variant("99999999999").ToLong();
-        ADD_FAILURE();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 6);
-    }
+    EXPECT_EQ(Raised([] { Variant("12abc").ToLong(); }).Number, 13);
+    EXPECT_EQ(Raised([] { Variant("99999999999").ToLong(); }).Number, 6);
 }
