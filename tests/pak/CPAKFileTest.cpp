@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include <filesystem>
 
 #include "controls/ListView.h"
@@ -26,6 +28,9 @@ ByteWriter PakHead(int32_t count, int32_t id = 0x097DD4D3) {
     w.U32(0x6E71).I32(id).U32(7).U32(8).I32(count);
     return w;
 }
+
+// A PAK object stands for one open listing; it is never copied.
+static_assert(!std::is_copy_constructible_v<CPAKFile> && !std::is_copy_assignable_v<CPAKFile>);
 
 class PakListing : public ::testing::Test {
 protected:

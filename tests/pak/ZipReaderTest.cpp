@@ -196,14 +196,29 @@ TEST(ZipReader, DamagedDirectoryIsRefused) {
     EXPECT_NE(Decode(twoDisks).error.find("disks"), std::string::npos);
 }
 
-TEST(ZipReader, EndRecordBehindAComment) {
+// The end record is the one whose comment reaches the archive's end exactly,
+// though the comment itself holds the bytes of an end record.
+TEST(ZipReader, EndRecordAndDirectoryAtTheirExactBounds) {
+    const std::string comment = std::string("PK\x05\x06", 4) + std::string(18, '\0') + "tail";
     std::string zip = BuildZip({fixtures::StoredEntry("a.txt", "alpha")});
-    zip[zip.size() - 2] = 5;
-    zip += "hello";
+    zip[zip.size() - 2] = static_cast<char>(comment.size());
+    zip += comment;
     Decoded d = Decode(zip);
     ASSERT_TRUE(d.opened) << d.error;
     ASSERT_EQ(d.data.size(), 1u);
     EXPECT_EQ(d.data[0], "alpha");
+    // A directory of records without names fills its size exactly.
+    EXPECT_TRUE(Decode(BuildZip({fixtures::StoredEntry("", "x")})).opened);
+}
+
+// A declared size at the bound of what deflate can expand to is believed, and
+// the stream is read to find it short.
+TEST(ZipReader, ADeflatedSizeAtTheBoundIsRead) {
+    ZipEntrySpec e = fixtures::DeflatedEntry("a", SampleText(4000));
+    e.UncompressedSize = static_cast<uint32_t>(e.Data.size() * 1032 + 1024);
+    const std::string error = Decode(BuildZip({e})).error;
+    EXPECT_NE(error, "");
+    EXPECT_EQ(error.find("declared size"), std::string::npos) << error;
 }
 
 // ---- The archiver writing into a folder --------------------------------------
