@@ -93,7 +93,14 @@ TEST_F(BinFile, PagesThroughTheFileWithTheScrollBar) {
     EXPECT_EQ(form.oVScroll.Max(), 2);
     EXPECT_EQ(form.tReport.Text().substr(0, 6), "00 01 ");
     form.oVScroll.SetValue(2);  // the change event repaints
-    EXPECT_EQ(form.tReport.Text(), PageOf(bytes, 512));
+    std::string page3 = "00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F  ................\r\n"
+                        "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F  ................\r\n"
+                        "20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D 2E 2F  .!\"#$%&'()*+,-./\r\n"
+                        "30 31 32 33 34 35 36 37 38 39 3A 3B 3C 3D 3E 3F  0123456789:;<=>?\r\n"
+                        "40 41 42 43 44 45 46 47 48 49 4A 4B 4C 4D 4E 4F  @ABCDEFGHIJKLMNO\r\n"
+                        "50 51 52 53 54 55 56 57" + std::string(26, ' ') + "PQRSTUVW";
+    for (int line = 6; line < 16; ++line) page3 += "\r\n" + std::string(49, ' ');
+    EXPECT_EQ(form.tReport.Text(), page3);
     EXPECT_EQ(bin.Information(), "bin");
 }
 
