@@ -96,12 +96,23 @@ void PictureBox::PSet(float x, float y, uint32_t color) {
     SyncImage();
     uint32_t resolved = color & 0xFFFFFF;
     if ((color & 0x80000000u) != 0 && OleTranslateColor(color, 0, &resolved) != S_OK) return;
-    SetPixel(hDC, Nearest(x), Nearest(y), resolved);
+    const int32_t px = Nearest(x), py = Nearest(y);
+    if (px < 0 || py < 0 || px >= imageWidth_ || py >= imageHeight_) return;
+    // The image is the box's own: a point goes straight into its pixels.
+    uint8_t* p = bits_ + (static_cast<size_t>(py) * static_cast<size_t>(imageWidth_) + static_cast<size_t>(px)) * 4;
+    p[0] = static_cast<uint8_t>(resolved >> 16);
+    p[1] = static_cast<uint8_t>(resolved >> 8);
+    p[2] = static_cast<uint8_t>(resolved);
+    p[3] = 0;
 }
 
 int32_t PictureBox::Point(float x, float y) const {
     SyncImage();
-    return static_cast<int32_t>(GetPixel(hDC, Nearest(x), Nearest(y)));
+    const int32_t px = Nearest(x), py = Nearest(y);
+    if (px < 0 || py < 0 || px >= imageWidth_ || py >= imageHeight_) return -1;
+    const uint8_t* p =
+        bits_ + (static_cast<size_t>(py) * static_cast<size_t>(imageWidth_) + static_cast<size_t>(px)) * 4;
+    return p[2] | p[1] << 8 | p[0] << 16;
 }
 
 ::Picture PictureBox::Image() const {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <ctime>
 
 #include "pictures/SavePicture.h"
@@ -68,9 +69,11 @@ bool CBtm::Show(int32_t hDesDC) {
     // before memory is taken for it.
     const int32_t lEnd = _llseek(m_hFile, 0, FILE_END);
     if (lDataSize < 0 || lEnd < kHeaderSize || lDataSize > lEnd - kHeaderSize) return false;
-    m_abData.assign(static_cast<size_t>(lDataSize) + 1, 0);
+    // The bytes are read over at once; only the one behind them starts as 0.
+    m_abData = std::make_unique_for_overwrite<uint8_t[]>(static_cast<size_t>(lDataSize) + 1);
+    m_abData[static_cast<size_t>(lDataSize)] = 0;
     if (_llseek(m_hFile, kHeaderSize, FILE_BEGIN) != kHeaderSize) return false;
-    if (_lread(m_hFile, m_abData.data(), lDataSize) != lDataSize) return false;
+    if (_lread(m_hFile, m_abData.get(), lDataSize) != lDataSize) return false;
 
     ReadPlanarHeader(m_hFile, m_tPaletteHeader);
     std::fill(std::begin(m_atPalette), std::end(m_atPalette), PlanarPaletteEntry{});
@@ -80,16 +83,23 @@ bool CBtm::Show(int32_t hDesDC) {
 
     if (!Create(m_tHeader.lWidth, m_tHeader.lHeight)) return false;
     DecodePixels();
+    // The picture lives in the section from here on; the data is not read again.
+    m_abData.reset();
     PaintPicture(hDesDC, 0, 0, -1, -1, 0, 0, SRCCOPY);
     m_bLoaded = true;
     return true;
 }
 
 void CBtm::DecodePixels() {
+    // The 256 colours go into the table in one write, as the Color property
+    // would put them one by one.
     for (int32_t i = 0; i < 256; ++i) {
         const auto grey = static_cast<uint32_t>(i);
-        SetColor(i, m_bHasPalette ? m_atPalette[i].lColor2 : grey | grey << 8 | grey << 16);
+        const uint32_t lColor = m_bHasPalette ? m_atPalette[i].lColor2 : grey | grey << 8 | grey << 16;
+        m_atColors[i] = RGBQUAD{static_cast<uint8_t>(lColor >> 16), static_cast<uint8_t>(lColor >> 8),
+                                static_cast<uint8_t>(lColor), 0};
     }
+    WriteColors();
     // Pixel p starts at source index p x lBytesPerPixel; its first byte is the
     // index, its second (where a pixel has one) goes to a plane that nothing
     // shows and that this build doesn't keep. The data is m_abData, indices 0
@@ -111,7 +121,7 @@ void CBtm::DecodePixels() {
     // Row y of the section's memory is row H - 1 - y of the file: the file's
     // first row ends at the top of the bottom-up section.
     const size_t stride = static_cast<size_t>(BytesPerScanLine());
-    const uint8_t* data = m_abData.data();
+    const uint8_t* data = m_abData.get();
     for (int64_t y = 0; y < H; ++y) {
         uint8_t* row = m_lBits + static_cast<size_t>(y) * stride;
         const int64_t first = (H - 1 - y) * W;

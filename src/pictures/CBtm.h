@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "identify/CNerhaltFile.h"
 #include "identify/CNerhaltFiles.h"
@@ -68,6 +67,7 @@ public:
     // The picture has been decoded into the section.
     bool Loaded() const { return m_bLoaded; }
     bool HasPalette() const { return m_bHasPalette; }
+    const PlanarFileHeader& Header() const { return m_tHeader; }
 
 private:
     void DecodePixels();
@@ -85,13 +85,11 @@ private:
     bool m_bHasPalette = false;
     std::string m_sPathName;
     PlanarFileHeader m_tHeader;
-    // The pixel data as read, with one byte more that stays 0.
-    std::vector<uint8_t> m_abData;
-    // The first and second byte of each pixel, in file order. They hold the
-    // pixels that the data reaches; the rest of a plane would stay 0. The
-    // second plane is filled only where pixels have a second byte.
-    std::vector<uint8_t> m_abPlane0;
-    std::vector<uint8_t> m_abPlane1;
+    // The pixel data as read, with one byte more that stays 0, held from the
+    // read to the decode. The decoder takes the first byte of each pixel
+    // straight into the section; the planes of first and second bytes that
+    // it would split the data into are not kept, as nothing shows the second.
+    std::unique_ptr<uint8_t[]> m_abData;
     // A palette block holds 256 entries whatever its lField13 says; entries
     // beyond them would never be read or used.
     PlanarPaletteEntry m_atPalette[kPaletteEntries]{};

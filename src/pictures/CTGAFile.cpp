@@ -1,6 +1,7 @@
 #include "pictures/CTGAFile.h"
 
 #include <cstring>
+#include <memory>
 
 #include "platform/LittleEndian.h"
 #include "platform/MessageBox.h"
@@ -64,11 +65,15 @@ bool CTGAFile::Show(int32_t hDesDC) {
     const int64_t lSize = int64_t{m_tHeader.iWidth} * m_tHeader.iHeight * (depth / 8);
     const int32_t lEnd = _llseek(m_hFile, 0, FILE_END);
     if (lSize < 0 || lEnd < kTgaHeaderSize || lSize > lEnd - kTgaHeaderSize) return false;
-    m_abData.assign(static_cast<size_t>(lSize) + 1, 0);
+    // The bytes are read over at once; only the one behind them starts as 0.
+    m_abData = std::make_unique_for_overwrite<uint8_t[]>(static_cast<size_t>(lSize) + 1);
+    m_abData[static_cast<size_t>(lSize)] = 0;
     if (_llseek(m_hFile, kTgaHeaderSize, FILE_BEGIN) != kTgaHeaderSize) return false;
-    if (_lread(m_hFile, m_abData.data(), static_cast<int32_t>(lSize)) != lSize) return false;
+    if (_lread(m_hFile, m_abData.get(), static_cast<int32_t>(lSize)) != lSize) return false;
     if (!Create(m_tHeader.iWidth, m_tHeader.iHeight)) return false;
     DecodePixels(depth == 8);
+    // The picture lives in the section from here on; the data is not read again.
+    m_abData.reset();
     PaintPicture(hDesDC, 0, 0, -1, -1, 0, 0, SRCCOPY);
     m_bLoaded = true;
     return true;
@@ -78,7 +83,7 @@ void CTGAFile::DecodePixels(bool b8Bits) {
     const int32_t W = m_tHeader.iWidth, H = m_tHeader.iHeight;
     const size_t stride = static_cast<size_t>(BytesPerScanLine());
     const bool topDown = (m_tHeader.bDescriptor & kTopDown) != 0;
-    const uint8_t* s = m_abData.data();
+    const uint8_t* s = m_abData.get();
     for (int32_t y = 0; y < H; ++y) {
         // Row 0 of the section is the bottom of the picture, where a TGA's
         // first row lies unless its descriptor says it is the top.

@@ -4,8 +4,8 @@
 // game format: the common picture recogniser tries it on what is not a BMP,
 // GIF or JPEG.
 #include <cstdint>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "pictures/DibSection.h"
 #include "platform/Files.h"
@@ -51,6 +51,7 @@ private:
     HFILE m_hFile = 0;
     bool m_bLoaded = false;
     std::string m_sPathName;
-    std::vector<uint8_t> m_abData;
+    // The pixel data as read, held from the read to the decode.
+    std::unique_ptr<uint8_t[]> m_abData;
     TgaHeader m_tHeader;
 };

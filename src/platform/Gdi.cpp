@@ -72,7 +72,7 @@ HBITMAP MakeBitmap(int32_t width, int32_t height, int32_t bitCount, const RGBQUA
     if (bitCount != 8 && bitCount != 24 && bitCount != 32) return 0;
     int64_t rows = height < 0 ? -int64_t{height} : int64_t{height};
     int64_t stride = StrideOf(width, bitCount);
-    if (stride * rows > kMaxBitmapBytes) return 0;
+    if (stride * rows > MaxBitmapBytes()) return 0;
     Bitmap b;
     b.width = width;
     b.height = static_cast<int32_t>(rows);
@@ -189,6 +189,26 @@ void CopyRow(const Bitmap& src, const uint8_t* srow, int32_t sx, Bitmap& dst, ui
         std::memmove(drow + dx * bpp, srow + sx * bpp, count * bpp);
         return;
     }
+    if (src.bitCount == 24 && dst.bitCount == 32) {
+        uint8_t* out = drow + static_cast<size_t>(dx) * 4;
+        const uint8_t* in = srow + static_cast<size_t>(sx) * 3;
+        // Four bytes are read for each pixel but the last, whose fourth byte
+        // may lie past the row.
+        int32_t i = 0;
+        for (; i + 1 < count; ++i, out += 4, in += 3) {
+            uint32_t v;
+            std::memcpy(&v, in, 4);
+            v &= 0x00FFFFFF;
+            std::memcpy(out, &v, 4);
+        }
+        if (i < count) {
+            out[0] = in[0];
+            out[1] = in[1];
+            out[2] = in[2];
+            out[3] = 0;
+        }
+        return;
+    }
     if (src.bitCount == 8 && dst.bitCount == 32) {
         auto* out = drow + static_cast<size_t>(dx) * 4;
         const uint8_t* in = srow + sx;
@@ -205,6 +225,13 @@ void CopyRow(const Bitmap& src, const uint8_t* srow, int32_t sx, Bitmap& dst, ui
 }
 
 }  // namespace
+
+namespace {
+int64_t g_maxBitmapBytes = kMaxBitmapBytes;
+}  // namespace
+
+int64_t MaxBitmapBytes() { return g_maxBitmapBytes; }
+void SetMaxBitmapBytes(int64_t bytes) { g_maxBitmapBytes = bytes; }
 
 HDC CreateDCA(const char* lpszDriver, const char*, const char*, const void*) {
     if (lpszDriver == nullptr || std::strcmp(lpszDriver, "DISPLAY") != 0) return 0;

@@ -36,6 +36,10 @@ inline constexpr uint32_t WHITENESS = 0x00FF0062;
 // The largest pixel buffer a bitmap may take. A header read from a damaged
 // file can claim any size; beyond this the section is refused.
 inline constexpr int64_t kMaxBitmapBytes = int64_t{256} * 1024 * 1024;
+// The limit in force, kMaxBitmapBytes unless lowered: the fuzz targets lower
+// it, so that an input claiming a huge picture stays quick to run.
+int64_t MaxBitmapBytes();
+void SetMaxBitmapBytes(int64_t bytes);
 
 struct RGBQUAD {
     uint8_t rgbBlue = 0;
