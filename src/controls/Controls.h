@@ -327,6 +327,12 @@ private:
     mutable uint8_t* bits_ = nullptr;
     mutable int32_t imageWidth_ = 0;
     mutable int32_t imageHeight_ = 0;
+    // What the image's size was last worked out from.
+    struct SyncKey {
+        int32_t width, height, unitsPerPixel, border;
+        bool operator==(const SyncKey&) const = default;
+    };
+    mutable SyncKey synced_{0, 0, 1, 0};
     ::Picture picture_;
     PlatformWindow window_;
 };

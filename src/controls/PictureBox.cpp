@@ -41,6 +41,11 @@ void PictureBox::FillBack(int32_t left, int32_t top) const {
 }
 
 void PictureBox::SyncImage() const {
+    // Every point drawn asks; the size is worked out again only when what it
+    // comes from has changed.
+    const SyncKey key{Bounds().Width, Bounds().Height, ParentUnitsPerPixel, BorderPixels};
+    if (key == synced_) return;
+    synced_ = key;
     int32_t width = ScaleWidth(), height = ScaleHeight();
     if (width == imageWidth_ && height == imageHeight_) return;
     BITMAPINFOHEADER h;
