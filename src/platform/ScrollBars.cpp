@@ -22,7 +22,14 @@ struct WindowBars {
     int32_t wheelRest = 0;
 };
 
-std::unordered_map<int32_t, WindowBars> g_bars;
+// The bars of each window that has used them; they go when it ends.
+std::unordered_map<int32_t, WindowBars>& Bars() {
+    static std::unordered_map<int32_t, WindowBars>* bars = [] {
+        OnWindowEnd([](int32_t hWnd) { Bars().erase(hWnd); });
+        return new std::unordered_map<int32_t, WindowBars>();
+    }();
+    return *bars;
+}
 std::function<void(int32_t)> g_observer;
 bool g_flatAvailable = true;
 
@@ -30,14 +37,7 @@ constexpr int32_t kLinesPerNotch = 3;
 constexpr int32_t kNotch = 120;
 constexpr int32_t kMostNotches = 32;
 
-// The bars of a window that exists; a window that ended loses them.
-WindowBars* FindBars(int32_t hWnd) {
-    if (IsWindow(hWnd) == 0) {
-        g_bars.erase(hWnd);
-        return nullptr;
-    }
-    return &g_bars[hWnd];
-}
+WindowBars* FindBars(int32_t hWnd) { return IsWindow(hWnd) != 0 ? &Bars()[hWnd] : nullptr; }
 
 Bar* FindBar(int32_t hWnd, int32_t nBar) {
     if (nBar != SB_HORZ && nBar != SB_VERT) return nullptr;
@@ -175,7 +175,7 @@ bool GetScrollBarState(int32_t hWnd, int32_t nBar, ScrollBarState& state) {
     if (!bar->tracking) state.info.nTrackPos = bar->info.nPos;
     state.shown = bar->shown;
     state.enabled = bar->enabled;
-    state.flat = g_bars[hWnd].flat;
+    state.flat = Bars()[hWnd].flat;
     state.style = bar->style;
     state.tracking = bar->tracking;
     return true;

@@ -1,9 +1,12 @@
 #include "platform/Windows.h"
 
+#include <climits>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "platform/LastError.h"
 
@@ -40,6 +43,7 @@ struct PostedMessage {
 };
 std::deque<PostedMessage> g_queue;
 std::function<void()> g_notify;
+std::vector<void (*)(int32_t)> g_endHooks;
 bool g_passAsked = false;
 
 Window* FindWindow(int32_t hWnd) {
@@ -52,6 +56,15 @@ Window* FindWindow(int32_t hWnd) {
 int32_t InvalidWindow() {
     SetLastError(ERROR_INVALID_WINDOW_HANDLE);
     return 0;
+}
+
+// The next free handle after `last` in steps of 4, from `first` again after
+// the largest; handles of windows that still exist are passed over.
+int32_t NextHandle(int32_t& last, int32_t first) {
+    do {
+        last = last > INT32_MAX - 8 ? first : last + 4;
+    } while (g_windows.count(last) != 0);
+    return last;
 }
 
 int32_t NewWindow(int32_t hWnd, int32_t hWndParent, uint32_t processId) {
@@ -88,16 +101,22 @@ int32_t DefWindowProcAddress() {
 }
 
 int32_t CreatePlatformWindow(int32_t hWndParent, uint32_t dwProcessId) {
-    return NewWindow(g_lastWindowHandle += 4, hWndParent, dwProcessId);
+    return NewWindow(NextHandle(g_lastWindowHandle, 0x104), hWndParent, dwProcessId);
 }
 
-int32_t CreateDialogWindow(int32_t hWndParent) { return NewWindow(g_lastDialogHandle += 4, hWndParent, 0); }
+int32_t CreateDialogWindow(int32_t hWndParent) { return NewWindow(NextHandle(g_lastDialogHandle, 6), hWndParent, 0); }
 
-int32_t DestroyWindow(int32_t hWnd) { return g_windows.erase(hWnd) != 0 ? 1 : InvalidWindow(); }
+int32_t DestroyWindow(int32_t hWnd) {
+    if (g_windows.erase(hWnd) == 0) return InvalidWindow();
+    for (const auto ended : g_endHooks) ended(hWnd);
+    return 1;
+}
 
-void DestroyDialogWindow(int32_t hWnd) { g_windows.erase(hWnd); }
+void DestroyDialogWindow(int32_t hWnd) { DestroyWindow(hWnd); }
 
 int32_t IsWindow(int32_t hWnd) { return g_windows.count(hWnd) != 0 ? 1 : 0; }
+
+void OnWindowEnd(void (*ended)(int32_t hWnd)) { g_endHooks.push_back(ended); }
 
 uint32_t GetCurrentProcessId() { return kCurrentProcessId; }
 

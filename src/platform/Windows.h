@@ -99,6 +99,9 @@ private:
 
 // Nonzero for a window that exists.
 int32_t IsWindow(int32_t hWnd);
+// Has `ended` called with the handle of each window that ends, so that what a
+// part of the platform keeps of a window goes with it.
+void OnWindowEnd(void (*ended)(int32_t hWnd));
 uint32_t GetCurrentProcessId();
 // The thread that made the window, its process into *lpdwProcessId when that
 // is not null; 0 for an unknown handle.

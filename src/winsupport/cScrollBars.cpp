@@ -14,6 +14,25 @@ size_t BarIndex(int32_t eBar) {
 
 int32_t ShowFlag(bool shown) { return shown ? 1 : 0; }
 
+// The platform's functions of one mode.
+struct ScrollFunctions {
+    int32_t (*show)(int32_t hWnd, int32_t nBar, int32_t bShow);
+    int32_t (*enable)(int32_t hWnd, int32_t nBar, uint32_t wArrows);
+    int32_t (*get)(int32_t hWnd, int32_t nBar, SCROLLINFO* lpsi);
+    int32_t (*set)(int32_t hWnd, int32_t nBar, const SCROLLINFO* lpsi, int32_t bRedraw);
+};
+
+constexpr ScrollFunctions kFlatFunctions{FlatSB_ShowScrollBar, FlatSB_EnableScrollBar, FlatSB_GetScrollInfo,
+                                         FlatSB_SetScrollInfo};
+constexpr ScrollFunctions kRegularFunctions{
+    ShowScrollBar,
+    [](int32_t hWnd, int32_t nBar, uint32_t wArrows) {
+        return EnableScrollBar(hWnd, static_cast<uint32_t>(nBar), wArrows);
+    },
+    GetScrollInfo, SetScrollInfo};
+
+const ScrollFunctions& Functions(bool noFlatBars) { return noFlatBars ? kRegularFunctions : kFlatFunctions; }
+
 }  // namespace
 
 cScrollBars::~cScrollBars() { ReleaseWindow(); }
@@ -22,11 +41,7 @@ bool cScrollBars::Visible(int32_t eBar) const { return m_abVisible[BarIndex(eBar
 
 void cScrollBars::SetVisible(int32_t eBar, bool bState) {
     m_abVisible[BarIndex(eBar)] = bState;
-    if (m_bNoFlatBars) {
-        ShowScrollBar(m_hWnd, eBar, ShowFlag(bState));
-    } else {
-        FlatSB_ShowScrollBar(m_hWnd, eBar, ShowFlag(bState));
-    }
+    Functions(m_bNoFlatBars).show(m_hWnd, eBar, ShowFlag(bState));
 }
 
 void cScrollBars::SetOrientation(int32_t EOrientation) {
@@ -53,12 +68,7 @@ bool cScrollBars::Enabled(int32_t eBar) const { return m_abEnabled[BarIndex(eBar
 
 void cScrollBars::SetEnabled(int32_t eBar, bool bEnabled) {
     m_abEnabled[BarIndex(eBar)] = bEnabled;
-    const uint32_t arrows = bEnabled ? ESB_ENABLE_BOTH : ESB_DISABLE_BOTH;
-    if (m_bNoFlatBars) {
-        EnableScrollBar(m_hWnd, static_cast<uint32_t>(eBar), arrows);
-    } else {
-        FlatSB_EnableScrollBar(m_hWnd, eBar, arrows);
-    }
+    Functions(m_bNoFlatBars).enable(m_hWnd, eBar, bEnabled ? ESB_ENABLE_BOTH : ESB_DISABLE_BOTH);
 }
 
 int32_t cScrollBars::Min(int32_t eBar) const {
@@ -172,21 +182,13 @@ void cScrollBars::ApplyOrientation() {
 void cScrollBars::GetScrollData(int32_t eBar, SCROLLINFO& tSI, uint32_t fMask) const {
     tSI.cbSize = sizeof(SCROLLINFO);
     tSI.fMask = fMask;
-    if (m_bNoFlatBars) {
-        GetScrollInfo(m_hWnd, eBar, &tSI);
-    } else {
-        FlatSB_GetScrollInfo(m_hWnd, eBar, &tSI);
-    }
+    Functions(m_bNoFlatBars).get(m_hWnd, eBar, &tSI);
 }
 
 void cScrollBars::SetScrollData(int32_t eBar, SCROLLINFO& tSI, uint32_t fMask) {
     tSI.cbSize = sizeof(SCROLLINFO);
     tSI.fMask = fMask;
-    if (m_bNoFlatBars) {
-        SetScrollInfo(m_hWnd, eBar, &tSI, 1);
-    } else {
-        FlatSB_SetScrollInfo(m_hWnd, eBar, &tSI, 1);
-    }
+    Functions(m_bNoFlatBars).set(m_hWnd, eBar, &tSI, 1);
 }
 
 void cScrollBars::InitFlatBars() {
