@@ -42,13 +42,7 @@ bool CBtm::Initialize(const std::string& lpPathName, int32_t hDesDC, ListView* o
     if (lpPathName == m_sPathName) return true;
     m_bLoaded = false;
     m_sPathName = lpPathName;
-    if (m_hFile != 0) _lclose(m_hFile);
-    m_hFile = _lopen(lpPathName, OF_READ);
-    if (m_hFile <= 0) {
-        m_hFile = 0;
-        return false;
-    }
-    const int32_t lRead = ReadPlanarHeader(m_hFile, m_tHeader);
+    const int32_t lRead = OpenPlanarFile(lpPathName, m_hFile, m_tHeader);
     return lRead == kHeaderSize && m_tHeader.lSignature == kNerhaltSignature &&
            m_tHeader.lFormatId == kPlanarBitmapId;
 }

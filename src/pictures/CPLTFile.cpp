@@ -13,14 +13,8 @@ bool CPLTFile::Initialize(const std::string& lpPathName, int32_t hDesDC, ListVie
     if (lpPathName == m_sPathName) return true;
     m_bLoaded = false;
     m_sPathName = lpPathName;
-    if (m_hFile != 0) _lclose(m_hFile);
-    m_hFile = _lopen(lpPathName, OF_READ);
-    if (m_hFile <= 0) {
-        m_hFile = 0;
-        return false;
-    }
-    ReadPlanarHeader(m_hFile, m_tHeader);
-    return true;
+    // The recogniser has tested the head: any file that opens is taken.
+    return OpenPlanarFile(lpPathName, m_hFile, m_tHeader) >= 0;
 }
 
 bool CPLTFile::Show(int32_t) {

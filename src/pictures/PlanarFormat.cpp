@@ -12,6 +12,16 @@ int32_t ReadPlanarHeader(HFILE hFile, PlanarFileHeader& tHeader) {
     return lRead;
 }
 
+int32_t OpenPlanarFile(const std::string& lpPathName, HFILE& hFile, PlanarFileHeader& tHeader) {
+    if (hFile != 0) _lclose(hFile);
+    hFile = _lopen(lpPathName, OF_READ);
+    if (hFile <= 0) {
+        hFile = 0;
+        return -1;
+    }
+    return ReadPlanarHeader(hFile, tHeader);
+}
+
 int32_t ReadPlanarPalette(HFILE hFile, PlanarPaletteEntry (&atPalette)[kPaletteEntries]) {
     uint8_t abBlock[kPaletteBytes];
     const int32_t lRead = _lread(hFile, abBlock, kPaletteBytes);

@@ -2,6 +2,7 @@
 // The records of the game's picture files: the 56-byte header that a Planar
 // Bitmap and its palette block both start with, and the 12-byte palette entry.
 #include <cstdint>
+#include <string>
 
 #include "platform/Files.h"
 
@@ -40,6 +41,10 @@ static_assert(sizeof(PlanarPaletteEntry) == 12);
 
 // Reads the fourteen fields one after the other; gives the bytes read.
 int32_t ReadPlanarHeader(HFILE hFile, PlanarFileHeader& tHeader);
+// Closes the file that hFile holds (where it holds one), opens lpPathName for
+// reading in its place and reads its header; gives the header's bytes read,
+// or -1 (with hFile 0) when the file can't be opened.
+int32_t OpenPlanarFile(const std::string& lpPathName, HFILE& hFile, PlanarFileHeader& tHeader);
 // Reads the 3072 bytes of a palette into 256 entries; gives the bytes read.
 // Entries the file doesn't reach keep what they held.
 int32_t ReadPlanarPalette(HFILE hFile, PlanarPaletteEntry (&atPalette)[kPaletteEntries]);

@@ -130,20 +130,4 @@ TEST(Gdi, ObjectsKeepTheirOwnership) {
     EXPECT_EQ(GdiObjectCount(), before);
 }
 
-TEST(Gdi, DibitsComeInTheAskedFormat) {
-    Surface src(2, 2, 32);  // bottom-up
-    SetPixel(src.dc, 0, 0, 0x0000FF);
-    SetPixel(src.dc, 1, 0, 0xFFFFFF);
-    SetPixel(src.dc, 0, 1, 0x404040);
-    BITMAPINFO bi = Info(2, 2, 8);  // grey ramp table
-    uint8_t out[8] = {};
-    EXPECT_EQ(GetDIBits(src.dc, src.bitmap, 0, 9, out, &bi, DIB_RGB_COLORS), 2);
-    // Bottom row first: (0,1) grey 64, (1,1) black; then red's nearest grey, white.
-    EXPECT_EQ(std::vector<uint8_t>(out, out + 8), (std::vector<uint8_t>{64, 0, 0, 0, 85, 255, 0, 0}));
-    BITMAPINFO asked{};
-    EXPECT_EQ(GetDIBits(src.dc, src.bitmap, 0, 2, nullptr, &asked, DIB_RGB_COLORS), 1);
-    EXPECT_EQ(asked.bmiHeader.biBitCount, 32);
-    EXPECT_EQ(asked.bmiHeader.biSizeImage, 16u);
-}
-
 }  // namespace
