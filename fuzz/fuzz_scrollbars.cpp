@@ -40,7 +40,7 @@ void Step(cScrollBars& bars, int32_t hWnd, uint8_t op, int32_t arg) {
         case 7: ScrollBarTrack(hWnd, eBar, arg); break;
         case 8: ScrollBarRelease(hWnd, eBar); break;
         // A few notches at a time: the lines of many notches add nothing new.
-        case 9: ScrollBarWheel(hWnd, arg % 1024); break;
+        case 9: ScrollBarWheel(hWnd, arg % 361); break;
         case 10: ScrollBarClick(hWnd, eBar, arg & 0xF); break;
         case 11:
             bars.SetVisible(eBar, (arg & 1) != 0);
@@ -78,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         inside = false;
     });
     constexpr size_t kRecord = 5;
-    for (size_t at = 1; at + kRecord <= size && at < 1 + 128 * kRecord; at += kRecord) {
+    for (size_t at = 1; at + kRecord <= size && at < 1 + 64 * kRecord; at += kRecord) {
         const uint8_t op = data[at];
         const int32_t arg = static_cast<int32_t>(uint32_t(data[at + 1]) | uint32_t(data[at + 2]) << 8 |
                                                  uint32_t(data[at + 3]) << 16 | uint32_t(data[at + 4]) << 24);
