@@ -71,29 +71,16 @@ void cScrollBars::SetEnabled(int32_t eBar, bool bEnabled) {
     Functions(m_bNoFlatBars).enable(m_hWnd, eBar, bEnabled ? ESB_ENABLE_BOTH : ESB_DISABLE_BOTH);
 }
 
-int32_t cScrollBars::Min(int32_t eBar) const {
-    SCROLLINFO tSI;
-    GetScrollData(eBar, tSI, SIF_RANGE);
-    return tSI.nMin;
-}
+int32_t cScrollBars::Min(int32_t eBar) const { return ScrollData(eBar, SIF_RANGE).nMin; }
 
 int32_t cScrollBars::Max(int32_t eBar) const {
-    SCROLLINFO tSI;
-    GetScrollData(eBar, tSI, SIF_RANGE | SIF_PAGE);
+    const SCROLLINFO tSI = ScrollData(eBar, SIF_RANGE | SIF_PAGE);
     return VbToLong(int64_t(tSI.nMax) - int64_t(static_cast<int32_t>(tSI.nPage)));
 }
 
-int32_t cScrollBars::Value(int32_t eBar) const {
-    SCROLLINFO tSI;
-    GetScrollData(eBar, tSI, SIF_POS);
-    return tSI.nPos;
-}
+int32_t cScrollBars::Value(int32_t eBar) const { return ScrollData(eBar, SIF_POS).nPos; }
 
-int32_t cScrollBars::LargeChange(int32_t eBar) const {
-    SCROLLINFO tSI;
-    GetScrollData(eBar, tSI, SIF_PAGE);
-    return static_cast<int32_t>(tSI.nPage);
-}
+int32_t cScrollBars::LargeChange(int32_t eBar) const { return static_cast<int32_t>(ScrollData(eBar, SIF_PAGE).nPage); }
 
 void cScrollBars::SetMin(int32_t eBar, int32_t iMin) {
     SCROLLINFO tSI;
@@ -159,13 +146,10 @@ void cScrollBars::Scrolled(int32_t eBar, int32_t code) {
         }
         case SB_PAGEUP: SetValue(eBar, VbAdd32(Value(eBar), -int64_t(LargeChange(eBar)))); break;
         case SB_PAGEDOWN: SetValue(eBar, VbAdd32(Value(eBar), LargeChange(eBar))); break;
-        case SB_THUMBTRACK: {
-            SCROLLINFO tSI;
-            GetScrollData(eBar, tSI, SIF_TRACKPOS);
-            SetValue(eBar, tSI.nTrackPos);
+        case SB_THUMBTRACK:
+            SetValue(eBar, ScrollData(eBar, SIF_TRACKPOS).nTrackPos);
             bScroll = true;
             break;
-        }
         case SB_TOP: SetValue(eBar, Min(eBar)); break;
         case SB_BOTTOM: SetValue(eBar, Max(eBar)); break;
         case SB_ENDSCROLL: break;
@@ -183,6 +167,12 @@ void cScrollBars::GetScrollData(int32_t eBar, SCROLLINFO& tSI, uint32_t fMask) c
     tSI.cbSize = sizeof(SCROLLINFO);
     tSI.fMask = fMask;
     Functions(m_bNoFlatBars).get(m_hWnd, eBar, &tSI);
+}
+
+SCROLLINFO cScrollBars::ScrollData(int32_t eBar, uint32_t fMask) const {
+    SCROLLINFO tSI;
+    GetScrollData(eBar, tSI, fMask);
+    return tSI;
 }
 
 void cScrollBars::SetScrollData(int32_t eBar, SCROLLINFO& tSI, uint32_t fMask) {

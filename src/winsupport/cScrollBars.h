@@ -68,6 +68,8 @@ public:
 private:
     void ApplyOrientation();
     void GetScrollData(int32_t eBar, SCROLLINFO& tSI, uint32_t fMask) const;
+    // GetScrollData into a new record.
+    SCROLLINFO ScrollData(int32_t eBar, uint32_t fMask) const;
     void SetScrollData(int32_t eBar, SCROLLINFO& tSI, uint32_t fMask);
     void InitFlatBars();
     void ReleaseWindow();
