@@ -48,15 +48,9 @@ void PictureBox::SyncImage() const {
     synced_ = key;
     int32_t width = ScaleWidth(), height = ScaleHeight();
     if (width == imageWidth_ && height == imageHeight_) return;
-    BITMAPINFOHEADER h;
-    h.biSize = 40;
-    h.biWidth = width;
-    h.biHeight = -height;
-    h.biPlanes = 1;
-    h.biBitCount = 32;
     void* bits = nullptr;
     // A size that the graphics layer refuses leaves the box without pixels.
-    HBITMAP fresh = width > 0 && height > 0 ? CreateDIBSection(hDC, &h, DIB_RGB_COLORS, &bits) : 0;
+    HBITMAP fresh = CreateTopDownSection(width, height, &bits);
     HBITMAP old = image_;
     int32_t oldWidth = imageWidth_, oldHeight = imageHeight_;
     HDC keep = 0;

@@ -288,6 +288,16 @@ HBITMAP CreateDIBSection(HDC, const BITMAPINFOHEADER* pbmih, uint32_t iUsage, vo
     return SectionFrom(*pbmih, nullptr, iUsage, ppvBits);
 }
 
+HBITMAP CreateTopDownSection(int32_t width, int32_t height, void** ppvBits) {
+    BITMAPINFOHEADER h;
+    h.biSize = 40;
+    h.biWidth = width;
+    h.biHeight = height > 0 ? -height : 0;
+    h.biPlanes = 1;
+    h.biBitCount = 32;
+    return CreateDIBSection(0, &h, DIB_RGB_COLORS, ppvBits);
+}
+
 HGDIOBJ SelectObject(HDC hdc, HGDIOBJ h) {
     Gdi& gdi = State();
     DeviceContext* dc = gdi.FindContext(hdc);

@@ -105,6 +105,11 @@ HBITMAP CreateDIBSection(HDC hdc, const BITMAPINFO* pbmi, uint32_t iUsage, void*
 HBITMAP CreateDIBSection(HDC hdc, const BITMAPINFOHEADER* pbmih, uint32_t iUsage, void** ppvBits,
                          int32_t hSection = 0, uint32_t dwOffset = 0);
 
+// A top-down section of 32 bits per pixel, the layout of a screen's image:
+// rows from the top, each pixel blue, green, red and an unused byte, no
+// padding. 0 for a size of 0 or below or beyond the limit.
+HBITMAP CreateTopDownSection(int32_t width, int32_t height, void** ppvBits);
+
 // Puts a bitmap into a memory device context and gives the one it replaced;
 // 0 when either handle is unknown or the bitmap is selected elsewhere.
 HGDIOBJ SelectObject(HDC hdc, HGDIOBJ h);

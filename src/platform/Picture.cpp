@@ -25,14 +25,8 @@ int32_t StdPicture::Height() const { return Dimension(handle_, true); }
 Picture PictureFromPixels(int32_t width, int32_t height, const std::vector<uint32_t>& pixels) {
     if (width <= 0 || height <= 0) return nullptr;
     if (pixels.size() / static_cast<size_t>(width) < static_cast<size_t>(height)) return nullptr;
-    BITMAPINFOHEADER h;
-    h.biSize = 40;
-    h.biWidth = width;
-    h.biHeight = -height;
-    h.biPlanes = 1;
-    h.biBitCount = 32;
     void* bits = nullptr;
-    HBITMAP hbm = CreateDIBSection(0, &h, DIB_RGB_COLORS, &bits);
+    HBITMAP hbm = CreateTopDownSection(width, height, &bits);
     if (hbm == 0) return nullptr;
     // Top-down rows of 32 bits have no padding, and 0xAARRGGBB in memory is
     // blue, green, red, alpha: the section's own layout.
