@@ -195,6 +195,18 @@ TEST_F(Dialogs, ShowFont) {
             EXPECT_EQ((dlg.flags() & CF_LIMITSIZE) != 0, row.sizeMax != 0);
         }
     }
+    // A font object as it is made: MS Sans Serif, 8 points, plain.
+    ScriptedFontDialogs user;
+    user.Cancel();
+    cCommonDialog dlg;
+    dlg.SetFont(std::make_shared<StdFont>());
+    dlg.ShowFont();
+    ASSERT_EQ(user.Requests().size(), 1u);
+    const FontDialogRequest& r = user.Requests()[0];
+    EXPECT_EQ(r.faceName, "MS Sans Serif");
+    EXPECT_EQ(r.pointSize, 80);
+    EXPECT_EQ(r.weight, FW_NORMAL);
+    EXPECT_FALSE(r.italic || r.underline || r.strikeOut);
 }
 
 TEST_F(Dialogs, ShowPrinter) {
