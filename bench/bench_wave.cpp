@@ -22,21 +22,21 @@ namespace {
 
 // 44.1 kHz 16-bit stereo: 70560 bytes a buffer by the player's arithmetic.
 fixtures::WavSpec Stereo44() {
-    fixtures::WavSpec spec;
-    spec.SampleRate = 44100;
-    spec.Channels = 2;
-    spec.Samples = std::string();
-    return spec;
+    fixtures::WavSpec recipe;
+    recipe.SampleRate = 44100;
+    recipe.Channels = 2;
+    recipe.Samples = std::string();
+    return recipe;
 }
 
 // A wave whose data chunk holds `bytes` zero bytes, written as a hole.
 class SparseWave {
 public:
     explicit SparseWave(int64_t bytes) {
-        fixtures::WavSpec spec = Stereo44();
-        spec.DataSize = static_cast<uint32_t>(bytes);
-        spec.RiffSize = static_cast<uint32_t>(bytes + 36);
-        fixtures::WriteFile(path_, fixtures::BuildWav(spec));
+        fixtures::WavSpec recipe = Stereo44();
+        recipe.DataSize = static_cast<uint32_t>(bytes);
+        recipe.RiffSize = static_cast<uint32_t>(bytes + 36);
+        fixtures::WriteFile(path_, fixtures::BuildWav(recipe));
         if (::truncate(path_.c_str(), 44 + bytes) != 0) std::abort();
     }
     ~SparseWave() { std::remove(path_.c_str()); }

@@ -50,12 +50,12 @@ TEST(CBtm, DecodesRowsIntoTheBottomUpSection) {
     };
     for (const Case& c : cases) {
         Bitmap b;
-        BtmSpec spec;
-        spec.Width = c.width;
-        spec.Height = c.height;
-        spec.BytesPerPixel = c.bytesPerPixel;
-        spec.Pixels = c.pixels;
-        ASSERT_TRUE(b.Open(fixtures::BuildBtm(spec)));
+        BtmSpec recipe;
+        recipe.Width = c.width;
+        recipe.Height = c.height;
+        recipe.BytesPerPixel = c.bytesPerPixel;
+        recipe.Pixels = c.pixels;
+        ASSERT_TRUE(b.Open(fixtures::BuildBtm(recipe)));
         EXPECT_EQ(b.btm.Information(), "PPlanarBitmap : " + std::to_string(c.width) + "x" + std::to_string(c.height) +
                                            " (" + std::to_string(c.bytesPerPixel) + " Bytes/Pixel)");
         ASSERT_TRUE(b.btm.Show(0)) << c.pixels;
@@ -75,19 +75,19 @@ TEST(CBtm, PaletteOrGreyRampAndThePaneShowsThePicture) {
     };
     for (const Case& c : cases) {
         Bitmap b;
-        BtmSpec spec;
-        spec.Width = 2;
-        spec.Height = 1;
-        spec.Pixels = std::string("\x00\xFF", 2);
-        spec.Palette = fixtures::RainbowPalette();
-        spec.Shape = c.shape;
-        ASSERT_TRUE(b.Open(fixtures::BuildBtm(spec)));
+        BtmSpec recipe;
+        recipe.Width = 2;
+        recipe.Height = 1;
+        recipe.Pixels = std::string("\x00\xFF", 2);
+        recipe.Palette = fixtures::RainbowPalette();
+        recipe.Shape = c.shape;
+        ASSERT_TRUE(b.Open(fixtures::BuildBtm(recipe)));
         b.host.oPicture.Move(0, 0, 2, 1);
         b.host.oPicture.Cls();
         ASSERT_TRUE(b.btm.Show(b.host.oPicture.hDC));
         EXPECT_EQ(b.btm.HasPalette(), c.hasPalette);
-        const uint32_t first = c.hasPalette ? spec.Palette[0][2] & 0xFFFFFF : 0x000000;
-        const uint32_t last = c.hasPalette ? spec.Palette[255][2] & 0xFFFFFF : 0xFFFFFF;
+        const uint32_t first = c.hasPalette ? recipe.Palette[0][2] & 0xFFFFFF : 0x000000;
+        const uint32_t last = c.hasPalette ? recipe.Palette[255][2] & 0xFFFFFF : 0xFFFFFF;
         EXPECT_EQ(b.btm.Color(0), static_cast<int32_t>(first));
         EXPECT_EQ(b.btm.Color(255), static_cast<int32_t>(last));
         EXPECT_EQ(b.host.oPicture.Point(0, 0), static_cast<int32_t>(first));
@@ -141,11 +141,11 @@ TEST(CBtm, FailureTable) {
 }
 
 TEST(CBtm, DecodesOnceAndRetriesAfterAShortRead) {
-    BtmSpec spec;
-    spec.Width = 3;
-    spec.Height = 2;
-    spec.Pixels = "ABCDEF";
-    const std::string whole = fixtures::BuildBtm(spec);
+    BtmSpec recipe;
+    recipe.Width = 3;
+    recipe.Height = 2;
+    recipe.Pixels = "ABCDEF";
+    const std::string whole = fixtures::BuildBtm(recipe);
     Bitmap b;
     ASSERT_TRUE(b.Open(whole.substr(0, 60)));
     EXPECT_FALSE(b.btm.Show(0));
@@ -153,8 +153,8 @@ TEST(CBtm, DecodesOnceAndRetriesAfterAShortRead) {
     fixtures::WriteFile(b.dir / "picture.btm", whole);
     ASSERT_TRUE(b.btm.Show(0));
     // Later Shows read nothing: a changed file paints the first picture.
-    spec.Pixels = "zzzzzz";
-    fixtures::WriteFile(b.dir / "picture.btm", fixtures::BuildBtm(spec));
+    recipe.Pixels = "zzzzzz";
+    fixtures::WriteFile(b.dir / "picture.btm", fixtures::BuildBtm(recipe));
     b.host.oPicture.Move(0, 0, 3, 2);
     ASSERT_TRUE(b.btm.Show(b.host.oPicture.hDC));
     EXPECT_EQ(b.host.oPicture.Point(0, 0), 'A' * 0x010101);

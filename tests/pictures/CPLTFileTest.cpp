@@ -48,12 +48,12 @@ TEST(CPLTFile, ThirdRowIsWhatABitmapWithThisPaletteShows) {
     const fixtures::PlanarPalette palette = fixtures::RainbowPalette();
     FileHost host;
     fixtures::TempDir dir;
-    fixtures::BtmSpec spec;
-    spec.Width = 256;
-    spec.Height = 1;
-    spec.Palette = palette;
-    for (int i = 0; i < 256; ++i) spec.Pixels.push_back(static_cast<char>(i));
-    fixtures::WriteFile(dir / "b.btm", fixtures::BuildBtm(spec));
+    fixtures::BtmSpec recipe;
+    recipe.Width = 256;
+    recipe.Height = 1;
+    recipe.Palette = palette;
+    for (int i = 0; i < 256; ++i) recipe.Pixels.push_back(static_cast<char>(i));
+    fixtures::WriteFile(dir / "b.btm", fixtures::BuildBtm(recipe));
     fixtures::WriteFile(dir / "p.plt", fixtures::PaletteFile(palette));
     CBtm btm(host);
     ASSERT_TRUE(btm.Initialize(dir / "b.btm", 0, nullptr));

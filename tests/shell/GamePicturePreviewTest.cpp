@@ -15,13 +15,13 @@ namespace {
 class GamePicturePreview : public ::testing::Test {
 protected:
     void SetUp() override {
-        fixtures::BtmSpec spec;
-        spec.Width = 6;
-        spec.Height = 4;
-        spec.Palette = fixtures::RainbowPalette();
-        spec.Pixels = fixtures::PlanarPixels(6, 4, 1, [](int32_t x, int32_t y) { return x * 40 + y; });
-        WriteFile(dir / "six.btm", fixtures::BuildBtm(spec));
-        WriteFile(dir / "rainbow.plt", fixtures::PaletteFile(spec.Palette));
+        fixtures::BtmSpec recipe;
+        recipe.Width = 6;
+        recipe.Height = 4;
+        recipe.Palette = fixtures::RainbowPalette();
+        recipe.Pixels = fixtures::PlanarPixels(6, 4, 1, [](int32_t x, int32_t y) { return x * 40 + y; });
+        WriteFile(dir / "six.btm", fixtures::BuildBtm(recipe));
+        WriteFile(dir / "rainbow.plt", fixtures::PaletteFile(recipe.Palette));
         form.oDir.SetPath(dir.Path());
     }
     uint32_t Shown(int32_t index) const { return fixtures::RainbowPalette()[index][2] & 0xFFFFFF; }

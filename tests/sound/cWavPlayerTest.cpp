@@ -110,7 +110,7 @@ TEST(WaveBufferBytes, FollowsTheArithmeticOfTheFormat) {
 }
 
 TEST_F(WavPlayer, AnyFileEndsInTrueOrTheErrorOfItsFault) {
-    auto spec = [](auto change) {
+    auto recipe = [](auto change) {
         WavSpec s;
         s.Frames = 300;
         change(s);
@@ -124,23 +124,23 @@ TEST_F(WavPlayer, AnyFileEndsInTrueOrTheErrorOfItsFault) {
         std::string bytes;
         int32_t error;
     } cases[] = {
-        {"plain", spec([](WavSpec&) {}), 0},
-        {"RIFF size beyond the file", spec([](WavSpec& s) { s.RiffSize = 0xFFFFFFF0u; }), 0},
-        {"data beyond the file", spec([](WavSpec& s) { s.DataSize = 0x7FFFFF00u; }), 0},
-        {"data size 0xFFFFFFFF", spec([](WavSpec& s) { s.DataSize = 0xFFFFFFFFu; }), 0},
-        {"format of 40 bytes", spec([](WavSpec& s) { s.FmtSize = 40; }), 0},
+        {"plain", recipe([](WavSpec&) {}), 0},
+        {"RIFF size beyond the file", recipe([](WavSpec& s) { s.RiffSize = 0xFFFFFFF0u; }), 0},
+        {"data beyond the file", recipe([](WavSpec& s) { s.DataSize = 0x7FFFFF00u; }), 0},
+        {"data size 0xFFFFFFFF", recipe([](WavSpec& s) { s.DataSize = 0xFFFFFFFFu; }), 0},
+        {"format of 40 bytes", recipe([](WavSpec& s) { s.FmtSize = 40; }), 0},
         {"empty file", "", 29673},
-        {"another form", spec([](WavSpec& s) { s.FormType = "AVI "; }), 29673},
-        {"no format", spec([](WavSpec& s) { s.OmitFmt = true; }), 29674},
-        {"no data", spec([](WavSpec& s) { s.OmitData = true; }), 29676},
-        {"data before format", spec([](WavSpec& s) { s.DataBeforeFmt = true; }), 29676},
+        {"another form", recipe([](WavSpec& s) { s.FormType = "AVI "; }), 29673},
+        {"no format", recipe([](WavSpec& s) { s.OmitFmt = true; }), 29674},
+        {"no data", recipe([](WavSpec& s) { s.OmitData = true; }), 29676},
+        {"data before format", recipe([](WavSpec& s) { s.DataBeforeFmt = true; }), 29676},
         {"format of 4 GB", patch.Data(), 29676},
-        {"cut in the format", spec([](WavSpec& s) { s.Truncate = 30; }), 29676},
-        {"block align 0", spec([](WavSpec& s) { s.BlockAlign = 0; }), vbErrDivisionByZero},
-        {"format of 8 bytes", spec([](WavSpec& s) { s.FmtSize = 8; }), vbErrDivisionByZero},
-        {"rate times bits past 32 bits", spec([](WavSpec& s) { s.SampleRate = 0xFFFFFFFFu; }), vbErrOverflow},
+        {"cut in the format", recipe([](WavSpec& s) { s.Truncate = 30; }), 29676},
+        {"block align 0", recipe([](WavSpec& s) { s.BlockAlign = 0; }), vbErrDivisionByZero},
+        {"format of 8 bytes", recipe([](WavSpec& s) { s.FmtSize = 8; }), vbErrDivisionByZero},
+        {"rate times bits past 32 bits", recipe([](WavSpec& s) { s.SampleRate = 0xFFFFFFFFu; }), vbErrOverflow},
         {"buffers past memory",
-         spec([](WavSpec& s) {
+         recipe([](WavSpec& s) {
              s.Channels = 65535;
              s.BlockAlign = 2;
              s.Samples = std::string(64, 'x');
