@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/MeshBuilder.h"
@@ -61,13 +63,6 @@ protected:
         std::string path = dir / name;
         WriteFile(path, bytes);
         return path;
-    }
-    // Binds a new object to the mesh, shows it and gives the pane's text.
-    std::string ReportOf(const MeshSpec& recipe) {
-        CMeshFile mesh{form};
-        mesh.Initialize(Write("r.msh", recipe), 0, &form.oListView);
-        EXPECT_FALSE(mesh.Show(0)) << "Show answers false on every path";
-        return form.tReport.Text();
     }
     TempDir dir;
     FileHost form;
@@ -136,47 +131,158 @@ TEST_F(MeshFile, ASecondInitializeWithTheSamePathChangesNothing) {
     EXPECT_EQ(mesh.Information(), "");
 }
 
-TEST_F(MeshFile, ReportOfAMeshWithoutTextureInformationHasFourLines) {
-    EXPECT_EQ(ReportOf(Triangle()), "Objects:\t1\r\nVertexes:\t3\r\nPolygons:\t1\r\nTexture(s) information(s):0\r\n");
-}
-
-TEST_F(MeshFile, ReportListsTextureRecordsFromZero) {
-    MeshSpec recipe = fixtures::CubeMesh(MeshKind::Amh);
-    recipe.Textures.push_back(Texture(0, {"", "b", "", ""}));
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("tex.amh", recipe), 0, nullptr));
-    form.tReport.SetText("old");
-    EXPECT_FALSE(mesh.Show(0));
-    EXPECT_EQ(form.tReport.Text(),
-              "Objects:\t1\r\nVertexes:\t8\r\nPolygons:\t12\r\nTexture(s) information(s):3\r\n"
-              "Info# 0\r\n a) stone.btm\r\n b) stone.plt\r\n c) walls\r\n d) granite\r\n"
-              "Info# 1\r\n a) wood.btm\r\n b) \r\n c) lid\r\n d) oak\r\n"
-              "Info# 2\r\n a) \r\n b) b\r\n c) \r\n d) \r\n");
-    EXPECT_TRUE(mesh.Loaded());
-    // The tables between are read and kept.
-    EXPECT_EQ(mesh.TripleCount(), 2);
-    EXPECT_EQ(mesh.Triples()(1).a[2], 5);
-    EXPECT_EQ(mesh.VectorCountA(), 2);
-    EXPECT_EQ(mesh.VectorsA()(1).v[1], 1.0f);
-    EXPECT_EQ(mesh.VectorCountB(), 1);
-    EXPECT_EQ(mesh.VectorsB()(0).v[0], 1.0f);
-    EXPECT_EQ(mesh.BlockCount(), 1);
-    EXPECT_EQ(mesh.TextureInfos()(0).lHead, 1);
-    EXPECT_EQ(mesh.TextureInfos()(0).abTail[11], 12);
-    EXPECT_EQ(mesh.TextureInfos()(0).aText[3].lLength, 7);
-    EXPECT_EQ(mesh.Vertices()(6).x, 1.0f);
-    EXPECT_EQ(mesh.Vertices()(7).x, -1.0f);
-    EXPECT_EQ(mesh.Polygons()(11).iVertex2, 3);
-    // Each table holds one index more than its count.
-    EXPECT_EQ(mesh.Vertices().UpperBound(), 8);
-    EXPECT_EQ(mesh.Vertices()(8).x, 0.0f);
-    EXPECT_THROW(mesh.Vertices()(9), RuntimeError);
-}
-
-TEST_F(MeshFile, ATextKeepsItsZeroBytes) {
-    MeshSpec recipe = Triangle();
-    recipe.Textures = {Texture(0, {"a\0b"s, "", "", ""})};
-    EXPECT_NE(ReportOf(recipe).find(" a) a\0b\r\n b) "s), std::string::npos);
+// What Show puts in the pane and keeps of the tables, for whole files and for
+// damaged ones.
+TEST_F(MeshFile, ShowReportsWhatTheFileHolds) {
+    const auto with = [](MeshSpec recipe, const std::function<void(MeshSpec&)>& change) {
+        change(recipe);
+        return recipe;
+    };
+    const std::string empty4 = " a) \r\n b) \r\n c) \r\n d) \r\n";
+    struct Case {
+        const char* what;
+        MeshSpec recipe;
+        bool accepted;  // by Initialize
+        bool loaded;
+        std::string report;
+        size_t capacity = 4u * 1024u * 1024u;
+        std::function<void(const CMeshFile&)> check = {};
+    };
+    const std::vector<Case> cases = {
+        {"no texture information: four lines", Triangle(), true, true, Counts(3, 1, 0)},
+        {"texture records numbered from zero",
+         with(fixtures::CubeMesh(MeshKind::Amh),
+              [](MeshSpec& m) { m.Textures.push_back(Texture(0, {"", "b", "", ""})); }),
+         true, true,
+         Counts(8, 12, 3) + "Info# 0\r\n a) stone.btm\r\n b) stone.plt\r\n c) walls\r\n d) granite\r\n"
+                            "Info# 1\r\n a) wood.btm\r\n b) \r\n c) lid\r\n d) oak\r\n"
+                            "Info# 2\r\n a) \r\n b) b\r\n c) \r\n d) \r\n",
+         4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) {
+             // The tables between are read and kept.
+             EXPECT_EQ(mesh.TripleCount(), 2);
+             EXPECT_EQ(mesh.Triples()(1).a[2], 5);
+             EXPECT_EQ(mesh.VectorCountA(), 2);
+             EXPECT_EQ(mesh.VectorsA()(1).v[1], 1.0f);
+             EXPECT_EQ(mesh.VectorCountB(), 1);
+             EXPECT_EQ(mesh.VectorsB()(0).v[0], 1.0f);
+             EXPECT_EQ(mesh.BlockCount(), 1);
+             EXPECT_EQ(mesh.TextureInfos()(0).lHead, 1);
+             EXPECT_EQ(mesh.TextureInfos()(0).abTail[11], 12);
+             EXPECT_EQ(mesh.TextureInfos()(0).aText[3].lLength, 7);
+             EXPECT_EQ(mesh.Vertices()(6).x, 1.0f);
+             EXPECT_EQ(mesh.Vertices()(7).x, -1.0f);
+             EXPECT_EQ(mesh.Polygons()(11).iVertex2, 3);
+             // Each table holds one index more than its count.
+             EXPECT_EQ(mesh.Vertices().UpperBound(), 8);
+             EXPECT_EQ(mesh.Vertices()(8).x, 0.0f);
+             EXPECT_THROW(mesh.Vertices()(9), RuntimeError);
+         }},
+        {"a text keeps its zero bytes",
+         with(Triangle(), [](MeshSpec& m) { m.Textures = {Texture(0, {"a\0b"s, "", "", ""})}; }), true, true,
+         Counts(3, 1, 1) + "Info# 0\r\n a) a\0b\r\n b) \r\n c) \r\n d) \r\n"s},
+        {"a refused file is still read",
+         with(fixtures::CubeMesh(), [](MeshSpec& m) {
+             m.FormatId = fixtures::kIdAMesh;  // with the inner kind of a msh
+             m.Textures.clear();
+         }),
+         false, true, Counts(8, 12, 0)},
+        {"a negative count stops the body", with(fixtures::CubeMesh(), [](MeshSpec& m) { m.TripleCount = -1; }), true,
+         false, Counts(8, 12, 0), 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) {
+             // Tables read so far stay; later counts keep 0.
+             EXPECT_EQ(mesh.Polygons()(5).iVertex1, 5);
+             EXPECT_EQ(mesh.TripleCount(), -1);
+             EXPECT_FALSE(mesh.Triples().Allocated());
+             EXPECT_EQ(mesh.VectorCountA(), 0);
+             EXPECT_EQ(mesh.TextureInfoCount(), 0);
+         }},
+        // 0x08000000 vertices of 16 bytes are 2^31 bytes; one fewer still fits.
+        {"a count whose byte size overflows", with(Triangle(), [](MeshSpec& m) { m.VertexCount = 0x08000000; }), true,
+         false, Counts(0x08000000, 0, 0)},
+        {"the largest count that fits", with(Triangle(), [](MeshSpec& m) { m.VertexCount = 0x07FFFFFF; }), true, true,
+         Counts(0x07FFFFFF, 0, 0), 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) {
+             // No more records are taken than the bytes behind the count can fill.
+             MeshSpec recipe = Triangle();
+             recipe.VertexCount = 0x07FFFFFF;
+             const fixtures::MeshLayout layout = LayoutOf(recipe);
+             EXPECT_EQ(mesh.Vertices().StoredCount(), (layout.End - layout.Body - 4 + 15) / 16);
+             EXPECT_EQ(mesh.Vertices()(1).x, 1.0f);
+             EXPECT_EQ(mesh.Vertices()(0x07FFFFFE).x, 0.0f);
+             EXPECT_EQ(mesh.Vertices()(0x07FFFFFF).x, 0.0f);
+         }},
+        {"a file that ends inside a table reads the rest as zeros",
+         // Cut in the middle of vertex 3's y.
+         with(fixtures::CubeMesh(), [](MeshSpec& m) { m.Truncate = LayoutOf(m).Body + 4 + 16 * 3 + 6; }), true, true,
+         Counts(8, 0, 0), 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) {
+             EXPECT_EQ(mesh.Vertices()(2).y, 1.0f);
+             EXPECT_EQ(mesh.Vertices()(3).x, -1.0f);
+             EXPECT_EQ(mesh.Vertices()(3).y, 0.0f);
+             EXPECT_EQ(mesh.Vertices()(7).z, 0.0f);
+         }},
+        {"a count cut by the end keeps the bytes it had",
+         // Two of the four bytes of the polygon count: 01 00.
+         with(Triangle(), [](MeshSpec& m) { m.Truncate = LayoutOf(m).PolygonCount + 2; }), true, true, Counts(3, 1, 0),
+         4u * 1024u * 1024u, [](const CMeshFile& mesh) { EXPECT_EQ(mesh.Polygons()(0).iVertex2, 0); }},
+        {"texture records behind the end read as empty",
+         with(Triangle(), [](MeshSpec& m) {
+             m.Textures = {Texture(1, {"abc", "", "", ""})};
+             m.TextureCount = 3;
+         }),
+         true, true, Counts(3, 1, 3) + "Info# 0\r\n a) abc\r\n b) \r\n c) \r\n d) \r\n" + "Info# 1\r\n" + empty4 +
+                         "Info# 2\r\n" + empty4,
+         4u * 1024u * 1024u, [](const CMeshFile& mesh) { EXPECT_LE(mesh.TextureInfos().StoredCount(), 2u); }},
+        {"a text that runs past the end is padded with zeros",
+         with(Triangle(), [](MeshSpec& m) {
+             m.Textures = {Texture(0, {"abcdef", "", "", ""})};
+             m.Textures[0].LengthOverride[0] = 9;
+             m.Truncate = LayoutOf(m).TextLengths[0][0] + 4 + 6;
+         }),
+         true, true, Counts(3, 1, 1) + "Info# 0\r\n a) abcdef\0\0\0\r\n b) \r\n c) \r\n d) \r\n"s, 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) { EXPECT_EQ(mesh.TextureInfos()(0).aText[0].sText, "abcdef"); }},
+        {"a huge text length",
+         with(Triangle(), [](MeshSpec& m) {
+             m.Textures = {Texture(0, {"abc", "", "", ""})};
+             m.Textures[0].LengthOverride[0] = 0x7FFFFFFF;
+         }),
+         true, true, kOutOfMemory, 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) {
+             EXPECT_EQ(mesh.TextureInfos()(0).aText[0].lLength, 0x7FFFFFFF);
+             // Only what the file had is held: the text, three lengths and the tail.
+             EXPECT_EQ(mesh.TextureInfos()(0).aText[0].sText.size(), 3u + 12 + 12);
+         }},
+        {"a texture table that can't be allocated", with(Triangle(), [](MeshSpec& m) { m.TextureCount = 0x7FFFFFFF; }),
+         true, false, kOutOfMemory, 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) { EXPECT_EQ(mesh.TextureInfoCount(), 0x7FFFFFFF); }},
+        {"a report longer than the pane",
+         with(Triangle(), [](MeshSpec& m) { m.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})}; }), true,
+         true, kOutOfMemory, 200},
+        // A million empty records behind the end of a small file fill no memory,
+        // and their report is too long for the pane of 4 MiB.
+        {"a million empty records", with(Triangle(), [](MeshSpec& m) { m.TextureCount = 1000000; }), true, true,
+         kOutOfMemory, 4u * 1024u * 1024u,
+         [](const CMeshFile& mesh) { EXPECT_LE(mesh.TextureInfos().StoredCount(), 2u); }},
+        {"a pane too small for the failure text keeps what it had",
+         with(Triangle(), [](MeshSpec& m) { m.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})}; }), true,
+         true, "old", 20},
+        {"an inner offset outside the file gives a quiet report",
+         with(Triangle(), [](MeshSpec& m) { m.InnerOffset = 0x7FFFFFF0; }), false, false, Counts(0, 0, 0)},
+        {"a body that starts at the last 32-bit position is read as empty",
+         with(Triangle(), [](MeshSpec& m) { m.InnerOffset = INT32_MAX - 28; }), false, true, Counts(0, 0, 0)},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        CMeshFile mesh{form};
+        EXPECT_EQ(mesh.Initialize(Write("r.msh", c.recipe), 0, &form.oListView), c.accepted);
+        form.tReport.SetCapacity(c.capacity);
+        form.tReport.SetText("old");
+        EXPECT_FALSE(mesh.Show(0)) << "Show answers false on every path";
+        EXPECT_EQ(form.tReport.Text(), c.report);
+        EXPECT_EQ(mesh.Loaded(), c.loaded);
+        if (c.check) c.check(mesh);
+    }
 }
 
 TEST_F(MeshFile, ShowingTwiceReadsTheFileOnce) {
@@ -201,35 +307,6 @@ TEST_F(MeshFile, ShowWithoutAFileLeavesThePane) {
     EXPECT_EQ(form.tReport.Text(), "kept");
 }
 
-TEST_F(MeshFile, ARefusedFileIsStillReadWhenShown) {
-    MeshSpec recipe = fixtures::CubeMesh();
-    recipe.FormatId = fixtures::kIdAMesh;  // with the inner kind of a msh
-    recipe.Textures.clear();
-    CMeshFile mesh{form};
-    ASSERT_FALSE(mesh.Initialize(Write("refused", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_EQ(form.tReport.Text(), Counts(8, 12, 0));
-}
-
-// ---- Damaged files ---------------------------------------------------------
-
-TEST_F(MeshFile, ANegativeCountStopsTheBody) {
-    MeshSpec recipe = fixtures::CubeMesh();
-    recipe.TripleCount = -1;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("neg.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_FALSE(mesh.Loaded());
-    // Tables read so far stay; later counts keep 0.
-    EXPECT_EQ(mesh.PolygonCount(), 12);
-    EXPECT_EQ(mesh.Polygons()(5).iVertex1, 5);
-    EXPECT_EQ(mesh.TripleCount(), -1);
-    EXPECT_FALSE(mesh.Triples().Allocated());
-    EXPECT_EQ(mesh.VectorCountA(), 0);
-    EXPECT_EQ(mesh.TextureInfoCount(), 0);
-    EXPECT_EQ(form.tReport.Text(), Counts(8, 12, 0));
-}
-
 TEST_F(MeshFile, ABodyThatFailedIsReadAgainByTheNextShow) {
     MeshSpec recipe = LargeMesh(1);
     recipe.TextureCount = -1;
@@ -244,154 +321,4 @@ TEST_F(MeshFile, ABodyThatFailedIsReadAgainByTheNextShow) {
     Write("again.msh", recipe);
     mesh.Show(0);
     EXPECT_EQ(mesh.Vertices()(4999).x, -4999.0f);
-}
-
-TEST_F(MeshFile, ACountWhoseByteSizeOverflowsStopsTheBodyButNotTheReport) {
-    // 0x08000000 vertices of 16 bytes are 2^31 bytes; one fewer still fits.
-    MeshSpec recipe = Triangle();
-    recipe.VertexCount = 0x08000000;
-    CMeshFile over{form};
-    ASSERT_TRUE(over.Initialize(Write("o.msh", recipe), 0, nullptr));
-    over.Show(0);
-    EXPECT_FALSE(over.Loaded());
-    EXPECT_EQ(form.tReport.Text(), Counts(0x08000000, 0, 0));
-
-    recipe.VertexCount = 0x07FFFFFF;
-    CMeshFile fits{form};
-    ASSERT_TRUE(fits.Initialize(Write("f.msh", recipe), 0, nullptr));
-    fits.Show(0);
-    EXPECT_TRUE(fits.Loaded());
-    EXPECT_EQ(fits.VertexCount(), 0x07FFFFFF);
-    // No more records are taken than the bytes behind the count can fill.
-    const fixtures::MeshLayout layout = LayoutOf(recipe);
-    EXPECT_EQ(fits.Vertices().StoredCount(), (layout.End - layout.Body - 4 + 15) / 16);
-    EXPECT_EQ(fits.Vertices()(1).x, 1.0f);
-    EXPECT_EQ(fits.Vertices()(0x07FFFFFE).x, 0.0f);
-    EXPECT_EQ(fits.Vertices()(0x07FFFFFF).x, 0.0f);
-    EXPECT_EQ(fits.PolygonCount(), 0);
-    EXPECT_EQ(form.tReport.Text(), Counts(0x07FFFFFF, 0, 0));
-}
-
-TEST_F(MeshFile, AFileThatEndsInsideATableReadsTheRestAsZeros) {
-    MeshSpec recipe = fixtures::CubeMesh();
-    // Cut in the middle of vertex 3's y.
-    recipe.Truncate = LayoutOf(recipe).Body + 4 + 16 * 3 + 6;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("cut.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_TRUE(mesh.Loaded());
-    EXPECT_EQ(mesh.VertexCount(), 8);
-    EXPECT_EQ(mesh.Vertices()(2).y, 1.0f);
-    EXPECT_EQ(mesh.Vertices()(3).x, -1.0f);
-    EXPECT_EQ(mesh.Vertices()(3).y, 0.0f);
-    EXPECT_EQ(mesh.Vertices()(7).z, 0.0f);
-    EXPECT_EQ(mesh.PolygonCount(), 0);
-    EXPECT_EQ(form.tReport.Text(), Counts(8, 0, 0));
-}
-
-TEST_F(MeshFile, ACountCutByTheEndKeepsTheBytesItHad) {
-    MeshSpec recipe = Triangle();
-    // Two of the four bytes of the polygon count: 01 00.
-    recipe.Truncate = LayoutOf(recipe).PolygonCount + 2;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("c.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_TRUE(mesh.Loaded());
-    EXPECT_EQ(mesh.PolygonCount(), 1);
-    EXPECT_EQ(mesh.Polygons()(0).iVertex2, 0);
-}
-
-TEST_F(MeshFile, TextureRecordsBehindTheEndReadAsEmpty) {
-    MeshSpec recipe = Triangle();
-    recipe.Textures = {Texture(1, {"abc", "", "", ""})};
-    recipe.TextureCount = 3;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("t.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_TRUE(mesh.Loaded());
-    EXPECT_EQ(form.tReport.Text(), Counts(3, 1, 3) +
-                                       "Info# 0\r\n a) abc\r\n b) \r\n c) \r\n d) \r\n"
-                                       "Info# 1\r\n a) \r\n b) \r\n c) \r\n d) \r\n"
-                                       "Info# 2\r\n a) \r\n b) \r\n c) \r\n d) \r\n");
-    EXPECT_LE(mesh.TextureInfos().StoredCount(), 2u);
-}
-
-TEST_F(MeshFile, ATextThatRunsPastTheEndIsPaddedWithZeros) {
-    MeshSpec recipe = Triangle();
-    recipe.Textures = {Texture(0, {"abcdef", "", "", ""})};
-    recipe.Textures[0].LengthOverride[0] = 9;
-    recipe.Truncate = LayoutOf(recipe).TextLengths[0][0] + 4 + 6;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("p.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_EQ(mesh.TextureInfos()(0).aText[0].sText, "abcdef");
-    EXPECT_EQ(form.tReport.Text(), Counts(3, 1, 1) + "Info# 0\r\n a) abcdef\0\0\0\r\n b) \r\n c) \r\n d) \r\n"s);
-}
-
-TEST_F(MeshFile, AHugeTextLengthEndsInTheOutOfMemoryText) {
-    MeshSpec recipe = Triangle();
-    recipe.Textures = {Texture(0, {"abc", "", "", ""})};
-    recipe.Textures[0].LengthOverride[0] = 0x7FFFFFFF;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("h.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_TRUE(mesh.Loaded());
-    EXPECT_EQ(mesh.TextureInfos()(0).aText[0].lLength, 0x7FFFFFFF);
-    // Only what the file had is held: the text, three lengths and the tail.
-    EXPECT_EQ(mesh.TextureInfos()(0).aText[0].sText.size(), 3u + 12 + 12);
-    EXPECT_EQ(form.tReport.Text(), kOutOfMemory);
-}
-
-TEST_F(MeshFile, TextureTableThatCantBeAllocatedEndsInTheOutOfMemoryText) {
-    MeshSpec recipe = Triangle();
-    recipe.TextureCount = 0x7FFFFFFF;
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("n.msh", recipe), 0, nullptr));
-    form.tReport.SetText("old");
-    mesh.Show(0);
-    EXPECT_FALSE(mesh.Loaded());
-    EXPECT_EQ(mesh.TextureInfoCount(), 0x7FFFFFFF);
-    EXPECT_EQ(form.tReport.Text(), kOutOfMemory);
-}
-
-TEST_F(MeshFile, AReportLongerThanThePaneEndsInTheOutOfMemoryText) {
-    MeshSpec recipe = Triangle();
-    recipe.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("l.msh", recipe), 0, nullptr));
-    form.tReport.SetCapacity(200);
-    mesh.Show(0);
-    EXPECT_EQ(form.tReport.Text(), kOutOfMemory);
-    // A million empty records behind the end of a small file fill no memory,
-    // and their report is too long for the pane of 4 MiB.
-    form.tReport.SetCapacity(4u * 1024u * 1024u);
-    recipe.TextureCount = 1000000;
-    CMeshFile many{form};
-    ASSERT_TRUE(many.Initialize(Write("m.msh", recipe), 0, nullptr));
-    form.tReport.SetText({});
-    many.Show(0);
-    EXPECT_TRUE(many.Loaded());
-    EXPECT_LE(many.TextureInfos().StoredCount(), 2u);
-    EXPECT_EQ(form.tReport.Text(), kOutOfMemory);
-}
-
-TEST_F(MeshFile, APaneTooSmallForTheFailureTextKeepsWhatItHad) {
-    MeshSpec recipe = Triangle();
-    recipe.Textures = {Texture(0, {std::string(300, 'q'), "", "", ""})};
-    CMeshFile mesh{form};
-    ASSERT_TRUE(mesh.Initialize(Write("s.msh", recipe), 0, nullptr));
-    form.tReport.SetText("before");
-    form.tReport.SetCapacity(20);
-    EXPECT_FALSE(mesh.Show(0));
-    EXPECT_EQ(form.tReport.Text(), "before");
-}
-
-TEST_F(MeshFile, AnInnerOffsetOutsideTheFileGivesAQuietReport) {
-    MeshSpec recipe = Triangle();
-    recipe.InnerOffset = 0x7FFFFFF0;
-    CMeshFile mesh{form};
-    EXPECT_FALSE(mesh.Initialize(Write("far.msh", recipe), 0, nullptr));
-    mesh.Show(0);
-    EXPECT_FALSE(mesh.Loaded());
-    EXPECT_EQ(form.tReport.Text(), Counts(0, 0, 0));
 }
