@@ -1,108 +1,59 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
-#include "platform/MessageBox.h"
+#include "fixtures/ScriptedDialogs.h"
 #include "shell/frmMain.h"
 
-namespace {
-
-class RecordingBoxes : public IMessageBoxService {
-public:
-    int32_t Show(const std::string& prompt, int32_t buttons, const std::string& title) override {
-        shown.push_back({prompt, buttons, title});
-        return vbOK;
-    }
-    struct Box {
-        std::string prompt;
-        int32_t buttons;
-        std::string title;
-    };
-    std::vector<Box> shown;
-};
-
-class Commands : public ::testing::Test {
-protected:
-    void SetUp() override {
-        SetMessageBoxService(&boxes);
-        for (const char* name : {"b.dat", "a.txt", "c.bin"}) {
-            ListItem& item = form.oListView.Add(name);
-            item.SubItems(1) = std::string(name) == "a.txt" ? "               9" : "              10";
-        }
-    }
-    void TearDown() override { SetMessageBoxService(nullptr); }
-    std::string Order() {
-        std::string s;
-        for (int32_t i = 1; i <= form.oListView.Count(); ++i) s += form.oListView.Item(i).Text.substr(0, 1);
-        return s;
-    }
-    RecordingBoxes boxes;
+TEST(Commands, ColumnClicksSortAndTellTheOrderByTheIcon) {
     frmMain form;
-};
-
-}  // namespace
-
-TEST_F(Commands, TheMenusAndToolbarStartAsDesigned) {
-    EXPECT_FALSE(form.mnuSubFile[0]->Enabled());
-    EXPECT_TRUE(form.mnuSubFile[1]->Enabled());
-    EXPECT_TRUE(form.mnuSubFile[2]->Enabled());
-    EXPECT_TRUE(form.mnuSubFile[3]->IsSeparator());
-    EXPECT_EQ(form.mnuSubFile[4]->Caption(), "E&xit");
-    EXPECT_FALSE(form.mnuSubTools[0]->Enabled());
-    EXPECT_EQ(form.mnuSubTools[0]->Shortcut, "Ctrl+U");
-    EXPECT_EQ(form.mnuSubTools[2]->Shortcut, "Ctrl+O");
-    EXPECT_EQ(form.oToolbar.Buttons(2).ToolTipText, "Extract");
-    EXPECT_EQ(form.oToolbar.Buttons(3).ToolTipText, "Save as ...");
-    EXPECT_EQ(form.oToolbar.Buttons(4).ToolTipText, "Quick view ...");
-    EXPECT_EQ(form.oToolbar.Buttons(1).Kind, ToolButton::Separator);
+    // Sizes padded to 16 characters sort by number.
+    const std::pair<const char*, const char*> members[] = {
+        {"b.dat", "               1"}, {"a.txt", "               9"}, {"c.bin", "              10"}};
+    for (const auto& [name, size] : members) form.oListView.Add(name).SubItems(1) = size;
+    struct Row {
+        int32_t column;
+        const char *icon1, *icon2, *order;
+    };
+    // The first click on the sorted column turns it round; another column
+    // takes the icon and sorts ascending.
+    const Row rows[] = {{1, "DESC", "", "cba"}, {1, "ASC", "", "abc"}, {2, "", "ASC", "bac"}, {2, "", "DESC", "cab"}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.order);
+        form.oListView_ColumnClick(row.column);
+        std::string order;
+        for (int32_t i = 1; i <= form.oListView.Count(); ++i) order += form.oListView.Item(i).Text[0];
+        EXPECT_EQ(order, row.order);
+        EXPECT_EQ(form.oListView.Column(1).Icon, row.icon1);
+        EXPECT_EQ(form.oListView.Column(2).Icon, row.icon2);
+        EXPECT_EQ(form.oListView.SortKey(), row.column - 1);
+        EXPECT_EQ(form.m_lSortColumn, row.column);
+    }
 }
 
-TEST_F(Commands, ColumnClicksSortAndTellTheOrderByTheIcon) {
-    EXPECT_EQ(Order(), "abc");
-    form.oListView_ColumnClick(1);  // the first click on the sorted column turns it round
-    EXPECT_EQ(form.oListView.Column(1).Icon, "DESC");
-    EXPECT_EQ(Order(), "cba");
-    form.oListView_ColumnClick(1);
-    EXPECT_EQ(form.oListView.Column(1).Icon, "ASC");
-    EXPECT_EQ(Order(), "abc");
-    form.oListView_ColumnClick(2);  // padded sizes sort by number
-    EXPECT_EQ(form.oListView.Column(1).Icon, "");
-    EXPECT_EQ(form.oListView.Column(2).Icon, "ASC");
-    EXPECT_EQ(form.oListView.SortKey(), 1);
-    EXPECT_EQ(Order(), "abc");
-    form.oListView_ColumnClick(2);
-    EXPECT_EQ(form.oListView.Column(2).Icon, "DESC");
-    EXPECT_EQ(Order().substr(2), "a");
-    EXPECT_EQ(form.m_lSortColumn, 2);
-}
-
-TEST_F(Commands, SaveWithoutAFileDoesNothing) {
-    form.SaveCommand();
+TEST(Commands, EntriesDoTheirOneThing) {
+    fixtures::ScriptedMessageBoxes boxes;
+    frmMain form;
+    std::vector<std::string> opened;  // each form with the mouse pointer it ran under
+    form.ShowModalForm = [&](const std::string& name) { opened.push_back(name + std::to_string(form.screen.MousePointer())); };
+    bool closed = false;
+    form.CloseWindow = [&] { closed = true; };
+    // Save without a file object does nothing, wherever it comes from.
     form.mnuSubFile_Click(1);
     form.oToolbar_ButtonClick(3);
+    form.oListView.Add("m");
     form.oListView.SelectOnly(1);
-    form.oListView_DblClick();
-    EXPECT_TRUE(boxes.shown.empty());
-    EXPECT_EQ(form.screen.MousePointer(), 0);
-}
-
-TEST_F(Commands, ThePanelDoubleClickNamesTheAuthor) {
-    form.oStatusBar.PanelDblClick.Raise(2);
-    ASSERT_EQ(boxes.shown.size(), 1u);
-    EXPECT_EQ(boxes.shown[0].prompt, "Coded by Dovrin");
-    EXPECT_EQ(boxes.shown[0].buttons, vbOKOnly);
-    EXPECT_EQ(boxes.shown[0].title, "");
-}
-
-TEST_F(Commands, ExitClosesTheWindowAndToolsOpenTheirDialogs) {
-    std::vector<std::string> opened;
-    form.ShowModalForm = [&](const std::string& name) { opened.push_back(name); };
+    form.oListView_KeyPress(vbKeyReturn);
+    form.mnuSubFile_Click(0);
     form.mnuSubTools[2]->Click.Raise();
     form.oToolbar_ButtonClick(2);
     form.mnuSubTools_Click(1);
-    EXPECT_EQ(opened, (std::vector<std::string>{"frmOpt", "frmScript"}));
-    bool closed = false;
-    form.CloseWindow = [&] { closed = true; };
+    EXPECT_EQ(opened, (std::vector<std::string>{"frmOpt0", "frmScript0"}));
+    EXPECT_EQ(form.screen.MousePointer(), 0);
+    EXPECT_FALSE(closed);
+    form.oStatusBar.PanelDblClick.Raise(2);
+    ASSERT_EQ(boxes.Calls.size(), 1u);
+    EXPECT_EQ(boxes.Calls[0].prompt, "Coded by Dovrin");
+    EXPECT_EQ(boxes.Calls[0].buttons, vbOKOnly);
+    EXPECT_EQ(boxes.Calls[0].title, "");
     form.mnuSubFile[4]->Click.Raise();
     EXPECT_TRUE(closed);
 }

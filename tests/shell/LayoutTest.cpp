@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <string>
+#include <vector>
 
+#include "fixtures/Programs.h"
 #include "shell/frmMain.h"
 
 namespace {
@@ -118,26 +117,22 @@ TEST(Layout, ScrollMessagesOfTheBarsMoveThePicture) {
 
 TEST(Layout, TheCommandLinePrintsThePanesAndBarsInTwips) {
     struct Row {
-        const char* args;
+        std::vector<std::string> args;
         const char* output;
     };
     const Row rows[] = {
-        {"617x571 --picture 2000x1500",
+        {{"617x571", "--picture", "2000x1500"},
          "oSSTab=90,180,8915,3855\nfraDocMain=160,500,8755,3480\noImg=90,4080,8895,3145\n"
          "oListView=90,4080,8895,3145\nfraMain=40,280,9055,7285\ntReport=4580,160,4095,3250\n"
          "oVScroll=8390,190,255,2950\nwindow=9255,8565\ninner=589,206\nhbar=1,94,31\nvbar=1,86,12\n"},
-        {"300x --picture 1x1", ""},
+        {{"300x", "--picture", "1x1"}, ""},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.args);
-        const std::string command = std::string(QUARRIN_TOOLS_DIR) + "/quarrin-cli layout " + row.args + " 2>/dev/null";
-        FILE* pipe = popen(command.c_str(), "r");
-        ASSERT_NE(pipe, nullptr);
-        std::string output;
-        char buffer[256];
-        for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
-        const int status = pclose(pipe);
-        EXPECT_EQ(output, row.output);
-        EXPECT_EQ(WEXITSTATUS(status), *row.output == 0 ? 1 : 0);
+        SCOPED_TRACE(row.args[0]);
+        std::vector<std::string> argv = {std::string(QUARRIN_TOOLS_DIR) + "/quarrin-cli", "layout"};
+        argv.insert(argv.end(), row.args.begin(), row.args.end());
+        const fixtures::ProgramResult result = fixtures::RunAndCapture(argv);
+        EXPECT_EQ(result.Output, row.output);
+        EXPECT_EQ(result.Status, *row.output == 0 ? 1 : 0);
     }
 }

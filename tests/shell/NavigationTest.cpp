@@ -7,96 +7,72 @@
 #include "platform/Runtime.h"
 #include "shell/frmMain.h"
 
-using fixtures::TempDir;
-using fixtures::WriteFile;
-
 namespace {
 
 class Navigation : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::filesystem::create_directories(dir / "game/sv");
-        std::filesystem::create_directories(dir / "prog");
-        std::filesystem::create_directories(dir / "short");
-        WriteFile(dir / "prog/quarrin", "");
-        WriteFile(dir / "short/x.txt", "x");
+        for (const char* folder : {"game/sv", "prog", "short"}) std::filesystem::create_directories(dir / folder);
+        fixtures::WriteFile(dir / "prog/quarrin", "");
+        fixtures::WriteFile(dir / "prog/n.txt", "x");
         App::SetExecutable(dir / "prog", "quarrin");
-        g_sGameFolder.clear();
-        g_sShortCutPath.clear();
         form.Form_Load();
     }
     void TearDown() override {
         g_sGameFolder.clear();
         g_sShortCutPath.clear();
     }
-    TempDir dir;
+    // A name inside the test's folder, the folder itself for "", or an absolute path.
+    std::string At(const std::string& p) { return p.empty() ? dir.Path() : p[0] == '/' ? p : dir / p; }
+    fixtures::TempDir dir;
     frmMain form;
 };
 
 }  // namespace
 
-TEST_F(Navigation, StartsInTheProgramsFolder) {
+TEST_F(Navigation, StartsInTheProgramsFolderAndTheButtonsGoWhereTheirSettingsSay) {
     EXPECT_EQ(form.oDir.Path(), dir / "prog");
-    EXPECT_EQ(form.oFile.Path(), dir / "prog");
-    EXPECT_EQ(form.lInfo.Caption().substr(form.lInfo.Caption().find("\r\n") + 2), "Version 0.97");
-    EXPECT_EQ(form.m_lSortColumn, 1);
-    EXPECT_EQ(form.m_lFileKind, fkNone);
+    ASSERT_TRUE(form.oFile.Select("n.txt"));
+    struct Row {
+        const char* from;  // none: where the row before left it
+        int32_t button;
+        const char *game, *shortcut, *to;
+    };
+    const Row rows[] = {
+        {nullptr, 1, "", "", "prog"},  // no game folder: nothing happens
+        {nullptr, 1, "game", "", "game"},
+        {nullptr, 3, "", "", "prog"},  // no short cut: the program's folder
+        {nullptr, 3, "", "short/", "short"},
+        {nullptr, 4, "", "", "short"},
+        {nullptr, 5, "", "", ""},
+        {nullptr, 1, "missing", "", ""},
+        {"/", 5, "", "", "/"},  // the root has no parent
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.button);
+        if (row.from) form.oDir.SetPath(row.from);
+        g_sGameFolder = *row.game ? At(row.game) : "";
+        g_sShortCutPath = *row.shortcut ? At(row.shortcut) : "";
+        form.oFolderTbar_ButtonClick(row.button);
+        EXPECT_EQ(form.oDir.Path(), At(row.to));
+        EXPECT_EQ(form.oFile.Path(), form.oDir.Path());
+    }
+    // A folder change selects nothing: the last selection's state stays.
+    EXPECT_EQ(form.m_lFileKind, fkText);
+    EXPECT_TRUE(form.ShowOffered());
 }
 
-TEST_F(Navigation, FolderButtonsGoWhereTheirSettingsSay) {
-    form.oFolderTbar_ButtonClick(1);  // no game folder: nothing happens
-    EXPECT_EQ(form.oDir.Path(), dir / "prog");
-    g_sGameFolder = dir / "game";
-    form.oFolderTbar_ButtonClick(1);
-    EXPECT_EQ(form.oDir.Path(), dir / "game");
-    form.oFolderTbar_ButtonClick(3);  // no short cut: the program's folder
-    EXPECT_EQ(form.oDir.Path(), dir / "prog");
-    g_sShortCutPath = dir / "short/";
-    form.oFolderTbar_ButtonClick(3);
-    EXPECT_EQ(form.oDir.Path(), dir / "short");
-    EXPECT_EQ(form.oFile.ListCount(), 1);
-    form.oFolderTbar_ButtonClick(4);
-    EXPECT_EQ(form.oDir.Path(), dir / "short");
-    form.oFolderTbar_ButtonClick(5);
-    EXPECT_EQ(form.oDir.Path(), dir.Path());
-    g_sGameFolder = dir / "missing";
-    form.oFolderTbar_ButtonClick(1);
-    EXPECT_EQ(form.oDir.Path(), dir.Path());
-}
-
-TEST_F(Navigation, TheParentButtonStopsAtTheRoot) {
-    form.oDir.SetPath("/");
-    form.oFolderTbar_ButtonClick(5);
-    EXPECT_EQ(form.oDir.Path(), "/");
-}
-
-TEST_F(Navigation, EnterInTheFolderListOpensTheHighlightedFolder) {
+TEST_F(Navigation, EnterOpensTheHighlightedFolderAndAnUnreadableDriveFallsBack) {
     form.oDir.SetPath(dir / "game");
-    int32_t sv = -1;
     for (int32_t i = 0; i < form.oDir.ListCount(); ++i)
-        if (form.oDir.List(i) == dir / "game/sv") sv = i;
-    ASSERT_GE(sv, 0);
-    form.oDir.ListIndex = sv;
+        if (form.oDir.List(i) == dir / "game/sv") form.oDir.ListIndex = i;
     int16_t key = 'x';
-    form.oDir_KeyPress(key);
+    form.oDir_KeyPress(key);  // other keys are the control's
     EXPECT_EQ(form.oDir.Path(), dir / "game");
     key = vbKeyReturn;
     form.oDir_KeyPress(key);
     EXPECT_EQ(form.oDir.Path(), dir / "game/sv");
-}
-
-TEST_F(Navigation, ADriveThatCannotBeReadFallsBackToTheSystemDrive) {
     form.oDrive.SetDrive(dir / "no-medium");
     EXPECT_EQ(form.oDrive.Drive(), "/");
     EXPECT_EQ(form.oDir.Path(), "/");
-}
-
-TEST_F(Navigation, AFolderChangeKeepsTheLastSelectionsState) {
-    WriteFile(dir / "prog/n.txt", "x");
-    form.oFile.Refresh();
-    ASSERT_TRUE(form.oFile.Select("n.txt"));
-    form.oFolderTbar_ButtonClick(5);
-    EXPECT_EQ(form.m_lFileKind, fkText);
-    EXPECT_EQ(form.oStatusBar.Panels(1).Text, "ASCII Formated File");
-    EXPECT_TRUE(form.ShowOffered());
 }

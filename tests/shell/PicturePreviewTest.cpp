@@ -1,15 +1,11 @@
-#include <gtest/gtest.h>
+// Pictures selected, shown and saved from the main window.
+#include <cstdio>
 
-#include "fixtures/ByteWriter.h"
-#include "fixtures/PictureBuilder.h"
-#include "fixtures/PlanarBuilder.h"
-#include "fixtures/ScriptedDialogs.h"
 #include "fixtures/Judges.h"
+#include "fixtures/PictureBuilder.h"
+#include "fixtures/ScriptedDialogs.h"
 #include "platform/Picture.h"
-#include "shell/frmMain.h"
-
-using fixtures::TempDir;
-using fixtures::WriteFile;
+#include "shell/Browser.h"
 
 namespace {
 
@@ -22,90 +18,105 @@ public:
     bool Load(const std::string&, int32_t& width, int32_t& height, std::vector<uint32_t>& pixels) override {
         width = 12;
         height = 7;
-        for (int32_t i = 0; i < 84; ++i) pixels.push_back(Colour(i % 12, i / 12));
+        for (int32_t i = 0; i < 84; ++i) pixels.push_back(uint32_t(i % 12 * 20) << 16 | uint32_t(i / 12 * 30) << 8 | 0x40);
         return Decodes;
     }
-    static uint32_t Colour(int32_t x, int32_t y) { return uint32_t(x * 20) << 16 | uint32_t(y * 30) << 8 | 0x40; }
     bool Decodes = true;
 
 private:
     IPictureLoader* previous_;
 };
 
-class PicturePreview : public ::testing::Test {
+// The pattern's last pixel as a colour word.
+constexpr uint32_t kPatternCorner = fixtures::ColorWord(220, 180, 0x40);
+
+class PicturePreview : public Browser {
 protected:
     void SetUp() override {
         const fixtures::RgbImage image = fixtures::GradientImage(12, 7);
-        WriteFile(dir / "bars.bmp", fixtures::BuildBmp24(image));
-        WriteFile(dir / "grad.gif", fixtures::BuildGif(fixtures::Quantise332(image)));
-        WriteFile(dir / "grad.tga", fixtures::BuildTga(image));
-        WriteFile(dir / "photo.jpg", fixtures::BuildJpeg(image));
+        Add("bars.bmp", fixtures::BuildBmp24(image));
+        Add("grad.gif", fixtures::BuildGif(fixtures::Quantise332(image)));
+        Add("grad.tga", fixtures::BuildTga(image));
+        Add("photo.jpg", fixtures::BuildJpeg(image));
         fixtures::JpegOptions extended;
         extended.FrameMarker = 0xC1;
-        WriteFile(dir / "nomark.jpg", fixtures::BuildJpeg(image, extended));
-        form.oDir.SetPath(dir.Path());
+        Add("nomark.jpg", fixtures::BuildJpeg(image, extended));
+        Add("six.btm", fixtures::GradientBtm(6, 4));
+        const uint8_t* last = image.At(11, 6);
+        tgaCorner = fixtures::ColorWord(last[0], last[1], last[2]);
     }
-    TempDir dir;
+    uint32_t tgaCorner = 0;
     PatternLoader loader;
-    frmMain form;
 };
 
 }  // namespace
 
 TEST_F(PicturePreview, SelectionNamesThePictureAndPreviewDrawsIt) {
-    struct Case {
+    struct Row {
         const char* name;
         const char* panel1;
         bool show, saveAfter;
-    } cases[] = {
+    };
+    const Row rows[] = {
         {"bars.bmp", "BMP Picture 12x7", true, false},
         {"grad.gif", "GIF Picture 12x7", true, true},
         {"photo.jpg", "JPG Picture 12x7", true, true},
         {"grad.tga", "TGA Bitmap : 12x7 (24 Bits/Pixel)", true, true},
         {"nomark.jpg", "JPG Picture ", false, false},
     };
-    const fixtures::RgbImage gradient = fixtures::GradientImage(12, 7);
-    const uint8_t* tga = gradient.At(11, 6);
-    const uint32_t v = PatternLoader::Colour(11, 6);
-    for (const Case& c : cases) {
-        const std::string name = c.name;
-        ASSERT_TRUE(form.oFile.Select(name));
-        EXPECT_EQ(form.m_lFileKind, fkPicture) << name;
-        EXPECT_EQ(form.oStatusBar.Panels(1).Text, c.panel1) << name;
-        EXPECT_EQ(form.oStatusBar.Panels(2).Text, name.substr(name.size() - 3)) << name;
-        EXPECT_EQ(form.ShowOffered(), c.show) << name;
-        EXPECT_FALSE(form.SaveOffered()) << name;
+    for (const Row& row : rows) {
+        const std::string name = row.name;
+        SCOPED_TRACE(name);
+        Select(name);
+        EXPECT_EQ(form.m_lFileKind, fkPicture);
+        EXPECT_EQ(Panel(1), row.panel1);
+        EXPECT_EQ(Panel(2), name.substr(name.size() - 3));
+        EXPECT_EQ(form.ShowOffered(), row.show);
+        EXPECT_FALSE(form.SaveOffered());
         form.oFile_DblClick();
-        EXPECT_EQ(form.SaveOffered(), c.saveAfter) << name;
-        if (!c.show) continue;
+        EXPECT_EQ(form.SaveOffered(), row.saveAfter);
+        if (!row.show) continue;
         EXPECT_TRUE(form.oPicture.Visible() && !form.oListView.Visible());
-        EXPECT_EQ(form.oPicture.Bounds().Width, 12) << name;
-        // The pane's corner holds the picture's: the TGA's own pixel, or the loader's.
-        EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(11, 6)),
-                  name == "grad.tga" ? fixtures::ColorWord(tga[0], tga[1], tga[2])
-                                     : fixtures::ColorWord(v >> 16, (v >> 8) & 0xFF, v & 0xFF))
-            << name;
+        EXPECT_EQ(form.oPicture.Bounds().Width, 12);
+        // The TGA is our own decoder's; the others are the loader's.
+        EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(11, 6)), name == "grad.tga" ? tgaCorner : kPatternCorner);
     }
 }
 
-TEST_F(PicturePreview, SaveOffersABmpOfTheNameAndAsksBeforeReplacing) {
+TEST_F(PicturePreview, SaveWritesThePaneAsABmpOfTheFilesNameAndAsksBeforeReplacing) {
     REQUIRE_IMAGEMAGICK();
-    ASSERT_TRUE(form.oFile.Select("grad.gif"));
-    form.oFile_DblClick();
+    struct Row {
+        const char* name;
+        const char* proposed;
+        const char* identify;
+        uint32_t corner;
+    };
+    const Row rows[] = {
+        {"six.btm", "six.bmp", "BMP3 6 4", Rainbow(255)},
+        {"grad.gif", "grad.bmp", "BMP3 12 7", kPatternCorner},
+    };
+    const std::string out = dir / "out.bmp";
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Preview(row.name);
+        fixtures::ScriptedFileDialogs dialogs;
+        dialogs.Choose(out);
+        std::remove(out.c_str());
+        form.SaveCommand();
+        ASSERT_EQ(dialogs.Requests.size(), 1u);
+        EXPECT_EQ(dialogs.Requests[0].fileName, row.proposed);
+        EXPECT_EQ(dialogs.Requests[0].filters.at(0).first, "Bitmap 24 bits (*.bmp)");
+        EXPECT_EQ(check::Identify(out), row.identify);
+        const std::vector<uint8_t> rgb = check::DecodeRgb(out);
+        ASSERT_GE(rgb.size(), 3u);
+        EXPECT_EQ(std::vector<uint8_t>(rgb.end() - 3, rgb.end()),
+                  (std::vector<uint8_t>{uint8_t(row.corner), uint8_t(row.corner >> 8), uint8_t(row.corner >> 16)}));
+    }
+    // No keeps the file, Yes replaces it.
     fixtures::ScriptedFileDialogs dialogs;
     fixtures::ScriptedMessageBoxes boxes;
-    const std::string out = dir / "out.bmp";
-    dialogs.Choose(out).Choose(out).Choose(out);
-    form.SaveCommand();
-    ASSERT_EQ(dialogs.Requests.size(), 1u);
-    EXPECT_EQ(dialogs.Requests[0].fileName, "grad.bmp");
-    EXPECT_EQ(dialogs.Requests[0].filters.at(0).first, "Bitmap 24 bits (*.bmp)");
-    const auto written = check::DecodeRgb(out);
-    ASSERT_EQ(written.size(), 12u * 7 * 3);
-    EXPECT_EQ(written[0], 0);
-    EXPECT_EQ(written[written.size() - 3], 220);  // red at the last pixel: 11 x 20
-    // No keeps the file, Yes replaces it.
-    WriteFile(out, "old");
+    dialogs.Choose(out).Choose(out);
+    fixtures::WriteFile(out, "old");
     boxes.Answer(vbNo).Answer(vbYes);
     form.SaveCommand();
     EXPECT_EQ(fixtures::ReadFile(out), "old");
@@ -115,15 +126,14 @@ TEST_F(PicturePreview, SaveOffersABmpOfTheNameAndAsksBeforeReplacing) {
 }
 
 TEST_F(PicturePreview, APictureThatFailsToDecodeSaysSoAndABmpOffersNoSave) {
-    ASSERT_TRUE(form.oFile.Select("photo.jpg"));
+    Select("photo.jpg");
     loader.Decodes = false;
     form.oFile_DblClick();
-    EXPECT_EQ(form.oStatusBar.Panels(1).Text, "Invalid picture");
+    EXPECT_EQ(Panel(1), "Invalid picture");
     EXPECT_EQ(form.oPicture.Bounds().Width, 12);  // sized from the header before the decode
     EXPECT_EQ(form.screen.MousePointer(), 0);
     fixtures::ScriptedFileDialogs dialogs;
-    ASSERT_TRUE(form.oFile.Select("bars.bmp"));
-    form.oFile_DblClick();
+    Preview("bars.bmp");
     form.SaveCommand();
     EXPECT_TRUE(dialogs.Requests.empty());
 }

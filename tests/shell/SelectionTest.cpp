@@ -1,191 +1,178 @@
-#include <gtest/gtest.h>
+#include <iterator>
 
-#include "fixtures/ByteWriter.h"
-#include "identify/CNerhaltFiles.h"
-#include "identify/modGlobal.h"
-#include "platform/MessageBox.h"
-#include "shell/frmMain.h"
-
-using fixtures::ByteWriter;
-using fixtures::TempDir;
-using fixtures::WriteFile;
+#include "fixtures/GameFiles.h"
+#include "fixtures/MeshBuilder.h"
+#include "fixtures/PakBuilder.h"
+#include "fixtures/ScriptedDialogs.h"
+#include "shell/Browser.h"
 
 namespace {
 
-std::string Game(uint32_t id, size_t extra = 24) { return ByteWriter().U32(0x6E71).U32(id).Fill(extra, 1).Data(); }
-
-class Selection : public ::testing::Test {
+class Selection : public Browser {
 protected:
     void SetUp() override {
-        WriteFile(dir / "tile.ftl", Game(0x0289FCF5));
-        WriteFile(dir / "odd.bin", Game(0x00C0FFEE));
-        WriteFile(dir / "notes.txt", "first line\r\nsecond line\r\n");
-        WriteFile(dir / "level.MvLst", "a\r\n");
-        WriteFile(dir / "game.txt", Game(0x0289FCF5));
-        WriteFile(dir / "sound.wav", "RIFF....WAVEfmt ");
-        WriteFile(dir / "signed.wav", Game(0x0289FCF5));
-        WriteFile(dir / "plain.dat", "just some bytes");
-        WriteFile(dir / "empty.dat", "");
-        form.oDir.SetPath(dir.Path());
+        const std::string tile = fixtures::GameFile(fixtures::kIdFlatTile, std::string(24, '\1'));
+        for (const char* name : {"tile.ftl", "game.txt", "signed.wav"}) Add(name, tile);
+        Add("odd.bin", fixtures::GameFile(0x00C0FFEE, std::string(24, '\1')));
+        Add("notes.txt", "first line\r\nsecond line\r\n");
+        Add("level.MvLst", "a\r\n");
+        Add("sound.wav", "RIFF....WAVEfmt ");
+        Add("plain.dat", "just some bytes");
+        Add("empty.dat", "");
+        Add("cube.msh", fixtures::BuildMesh(fixtures::CubeMesh(fixtures::MeshKind::Msh)));
+        Add("cube.amh", fixtures::BuildMesh(fixtures::CubeMesh(fixtures::MeshKind::Amh)));
+        fixtures::MeshSpec mixed = fixtures::CubeMesh(fixtures::MeshKind::Msh);
+        mixed.KindId = fixtures::kAmhKindId;
+        Add("mixed.msh", fixtures::BuildMesh(mixed));
+        fixtures::PakBuilder pak;
+        pak.Stored("b.txt", "hello").Imploded("a\\c.bin", std::string(4000, 'z')).Stored("n", "");
+        Add("data.pak", pak.Build());
+        Add("six.btm", fixtures::GradientBtm(6, 4));
+        Add("rainbow.plt", fixtures::PaletteFile(fixtures::RainbowPalette()));
     }
-    void Select(const std::string& name) { ASSERT_TRUE(form.oFile.Select(name)) << name; }
-    std::string Panel(int i) { return form.oStatusBar.Panels(i).Text; }
-
-    TempDir dir;
-    frmMain form;
 };
 
 }  // namespace
 
-TEST_F(Selection, FolderChangeListsEveryFileOfTheFolder) {
-    EXPECT_EQ(form.oFile.Path(), form.oDir.Path());
-    EXPECT_EQ(form.oFile.ListCount(), 9);
+// Applied in order to one window: each selection takes the offers of the one
+// before away, and a text file leaves the report as the file before left it.
+TEST_F(Selection, NamesTheFileDecidesTheOffersAndShowsTheHexDump) {
+    struct Row {
+        const char* name;
+        int32_t kind;
+        const char *panel1, *panel2;
+        bool save, show, bar;
+        const char* report;  // the start of tReport; none: as it stood
+    };
+    const std::string blanks(49, ' ');
+    const Row rows[] = {
+        {"tile.ftl", fkGame, "FlatTile", "ftl", false, false, true, "71 6E 00 00 F5 FC 89 02 01 "},
+        {"tile.ftl", fkGame, "FlatTile", "ftl", false, false, true, "71 6E 00 00 F5 FC 89 02 01 "},
+        {"odd.bin", fkGame, "Unknow Nerhalt's File (0xC0FFEE)", "", false, false, true, "71 6E 00 00 EE FF C0 00 "},
+        {"notes.txt", fkText, "ASCII Formated File", "", false, true, false, nullptr},
+        {"plain.dat", fkNone, "", "", false, false, true, "6A 75 73 74 "},
+        {"level.MvLst", fkText, "ASCII Formated File", "", false, true, false, nullptr},
+        {"empty.dat", fkNone, "", "", false, false, true, blanks.c_str()},
+        // The signature comes before the extension; the WAV text comes last.
+        {"game.txt", fkGame, "FlatTile", "ftl", false, false, true, "71 6E "},
+        {"signed.wav", fkGame, "Wav File", "ftl", false, false, true, "71 6E "},
+        {"sound.wav", fkNone, "Wav File", "", false, false, true, "52 49 46 46 "},
+        // A mesh offers Save at once; one whose headers disagree is refused.
+        {"cube.msh", fkNone, "Mesh File", "msh", true, true, true, "71 6E 00 00 "},
+        {"cube.amh", fkNone, "Mesh File", "amh", true, true, true, "71 6E 00 00 "},
+        {"mixed.msh", fkNone, "", "", false, false, true, "71 6E 00 00 "},
+        {"data.pak", fkGame, "DCL Imploding Packed File", "pak", false, true, true, "71 6E 00 00 D3 D4 7D 09 "},
+        {"six.btm", fkGame, "PPlanarBitmap : 6x4 (1 Bytes/Pixel)", "btm", false, true, true, "71 6E "},
+        {"rainbow.plt", fkGame, "Planar Bitmap Palette", "plt", false, true, true, "71 6E 00 00 F5 CE 82 06 "},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string report = row.report ? row.report : form.tReport.Text();
+        Select(row.name);
+        EXPECT_EQ(form.m_lFileKind, row.kind);
+        EXPECT_EQ(Panel(1), row.panel1);
+        EXPECT_EQ(Panel(2), row.panel2);
+        EXPECT_EQ(form.SaveOffered(), row.save);
+        EXPECT_EQ(form.ShowOffered(), row.show);
+        EXPECT_FALSE(form.ExtractOffered());
+        EXPECT_EQ(form.oVScroll.Visible(), row.bar);
+        EXPECT_EQ(Report(report.size()), report);
+    }
+    EXPECT_EQ(form.oFile.ListCount(), 15);
 }
 
-TEST_F(Selection, NamesAGameFileOfAKnownIdAndShowsItsHexDump) {
-    Select("tile.ftl");
-    EXPECT_EQ(form.m_lFileKind, fkGame);
-    EXPECT_EQ(Panel(1), "FlatTile");
-    EXPECT_EQ(Panel(2), "ftl");
-    EXPECT_FALSE(form.SaveOffered());
-    EXPECT_FALSE(form.ShowOffered());
-    EXPECT_FALSE(form.ExtractOffered());
+TEST_F(Selection, PreviewShowsWhatTheSelectionFound) {
+    struct Row {
+        const char* name;    // none: Enter before any selection
+        const char* report;  // the start of tReport; none: as it stood
+        bool bar, list, save, extract;
+        int32_t width, height, x, y, index;  // oPicture's size, and the palette index at x, y
+    };
+    const Row rows[] = {
+        {nullptr, "kept", false, false, true, false, 249, 161, -1, 0, 0},
+        {"notes.txt", "first line\r\nsecond line\r\n", false, false, false, false, 249, 161, -1, 0, 0},
+        {"cube.msh", "Objects:\t1\r", false, false, true, false, 249, 161, -1, 0, 0},
+        {"six.btm", nullptr, true, false, true, false, 6, 4, 5, 0, 127},
+        {"rainbow.plt", nullptr, true, false, false, false, 256, 3, 200, 2, 200},
+        // Without a picture size the pane keeps the one it had.
+        {"tile.ftl", nullptr, true, false, false, false, 256, 3, -1, 0, 0},
+        {"data.pak", nullptr, true, true, true, true, 256, 3, -1, 0, 0},
+    };
+    form.tReport.SetText("kept");
+    int16_t key = 'a';
+    form.oFile_KeyPress(key);
     EXPECT_TRUE(form.oVScroll.Visible());
+    // The preview is asked for by Enter, the toolbar and the menu in turn.
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        const Row& row = rows[i];
+        SCOPED_TRACE(row.name ? row.name : "nothing");
+        if (row.name) Select(row.name);
+        const std::string report = row.report ? row.report : form.tReport.Text();
+        key = vbKeyReturn;
+        if (i % 3 == 0) form.oFile_KeyPress(key);
+        if (i % 3 == 1) form.oToolbar_ButtonClick(4);
+        if (i % 3 == 2) form.mnuSubFile[2]->Click.Raise();
+        EXPECT_EQ(Report(report.size()), report);
+        EXPECT_EQ(form.oVScroll.Visible(), row.bar);
+        EXPECT_EQ(form.oListView.Visible(), row.list);
+        EXPECT_EQ(form.oPicture.Visible() && form.oImg.Visible(), !row.list);
+        EXPECT_EQ(form.SaveOffered(), row.save);
+        EXPECT_EQ(form.ExtractOffered(), row.extract);
+        EXPECT_EQ(form.oPicture.Bounds().Width, row.width);
+        EXPECT_EQ(form.oPicture.Bounds().Height, row.height);
+        if (row.x >= 0) EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(row.x, row.y)), Rainbow(row.index));
+        EXPECT_EQ(form.screen.MousePointer(), 0);
+    }
+    ASSERT_EQ(form.oListView.Count(), 3);
+    EXPECT_EQ(form.oListView.Item(1).Text, "a\\c.bin");  // sorted by name
+    EXPECT_EQ(form.oListView.Item(1).SubItems(2), "            4000");
+    EXPECT_EQ(form.oListView.Item(1).SubItems(3), "bin");
+
+    // The members stay in view through new selections; a double click on one
+    // saves only while Save is on, and then for the file selected.
+    fixtures::ScriptedFileDialogs dialogs;
+    dialogs.Choose(dir / "out.x");
+    form.oListView.SelectOnly(1);
+    Select("tile.ftl");
+    form.oListView_DblClick();
+    EXPECT_TRUE(dialogs.Requests.empty());
+    Select("cube.msh");
+    EXPECT_TRUE(form.oListView.Visible());
+    form.oListView_DblClick();
+    EXPECT_EQ(fixtures::ReadFile(dir / "out.x").substr(0, 18), "xof 0302txt 0032\r\n");
+}
+
+TEST_F(Selection, ReportKeysPageThroughTheDumpWhileTheBarShows) {
+    Add("pages.dat", std::string(256 * 3, 'p'));
+    Select("pages.dat");
+    ASSERT_EQ(form.oVScroll.Max(), 2);
+    struct Row {
+        int16_t key;
+        bool bar;
+        int16_t from, to;
+    };
+    const Row rows[] = {{vbKeyPageDown, true, 0, 1}, {vbKeyPageDown, true, 2, 2}, {vbKeyEnd, true, 1, 2},
+                        {vbKeyPageUp, true, 2, 1},   {vbKeyPageUp, true, 0, 0},   {vbKeyHome, true, 2, 0},
+                        {vbKeyEnd, false, 0, 0},     {'a', true, 1, 1}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.key);
+        form.oVScroll.SetVisible(row.bar);
+        form.oVScroll.SetValue(row.from);
+        int16_t key = row.key;
+        form.tReport_KeyDown(key, 0);
+        EXPECT_EQ(form.oVScroll.Value(), row.to);
+    }
+    form.tReport.SetText("");
+    EXPECT_FALSE(form.oVScroll.Enabled());
+    form.tReport.SetText("x");
     EXPECT_TRUE(form.oVScroll.Enabled());
-    EXPECT_EQ(form.tReport.Text().substr(0, 24), "71 6E 00 00 F5 FC 89 02 ");
-}
-
-TEST_F(Selection, NamesUnknownIdsAndLeavesForeignFilesBlank) {
-    Select("odd.bin");
-    EXPECT_EQ(form.m_lFileKind, fkGame);
-    EXPECT_EQ(Panel(1), "Unknow Nerhalt's File (0xC0FFEE)");
-    EXPECT_EQ(Panel(2), "");
-    Select("plain.dat");
-    EXPECT_EQ(form.m_lFileKind, fkNone);
-    EXPECT_EQ(Panel(1), "");
-    EXPECT_EQ(Panel(2), "");
-    EXPECT_EQ(form.tReport.Text().substr(0, 3), "6A ");
-    Select("empty.dat");
-    EXPECT_EQ(form.tReport.Text().substr(0, 49), std::string(49, ' '));
-}
-
-TEST_F(Selection, TextFilesOfferShowAndKeepTheReport) {
-    Select("plain.dat");
-    const std::string dump = form.tReport.Text();
-    Select("notes.txt");
-    EXPECT_EQ(form.m_lFileKind, fkText);
-    EXPECT_EQ(Panel(1), "ASCII Formated File");
-    EXPECT_TRUE(form.ShowOffered());
-    EXPECT_FALSE(form.SaveOffered());
-    EXPECT_FALSE(form.oVScroll.Visible());
-    EXPECT_EQ(form.tReport.Text(), dump);
-    Select("level.MvLst");
-    EXPECT_EQ(form.m_lFileKind, fkText);
-}
-
-TEST_F(Selection, TheSignatureComesBeforeTheExtension) {
-    Select("game.txt");
-    EXPECT_EQ(form.m_lFileKind, fkGame);
-    Select("signed.wav");
-    EXPECT_EQ(form.m_lFileKind, fkGame);
-    EXPECT_EQ(Panel(1), "Wav File");
-    EXPECT_EQ(Panel(2), "ftl");
-    Select("sound.wav");
-    EXPECT_EQ(form.m_lFileKind, fkNone);
-    EXPECT_EQ(Panel(1), "Wav File");
-    EXPECT_FALSE(form.ShowOffered());
-}
-
-TEST_F(Selection, SelectingTwiceGivesTheSameState) {
-    Select("tile.ftl");
-    std::string report = form.tReport.Text();
-    form.oVScroll.SetValue(0);
-    Select("tile.ftl");
-    EXPECT_EQ(Panel(1), "FlatTile");
-    EXPECT_EQ(form.tReport.Text(), report);
-}
-
-TEST_F(Selection, PreviewOfATextFileShowsItsText) {
-    Select("notes.txt");
-    int16_t enter = vbKeyReturn;
-    form.oFile_KeyPress(enter);
-    EXPECT_EQ(form.tReport.Text(), "first line\r\nsecond line\r\n");
-    EXPECT_EQ(Panel(1), "ASCII Formated File");
-    EXPECT_FALSE(form.oVScroll.Visible());
-    EXPECT_EQ(form.screen.MousePointer(), 0);
 }
 
 TEST_F(Selection, ATextTooLongForThePaneIsCut) {
     std::string big(40000, 'x');
     big[31999] = 'y';
-    WriteFile(dir / "big.txt", big);
-    form.oFile.Refresh();
+    Add("big.txt", big);
     form.tReport.SetCapacity(35000);
-    Select("big.txt");
-    form.oFile_DblClick();
+    Preview("big.txt");
     EXPECT_EQ(form.tReport.Text(), big.substr(0, 32000) + "\r\n...");
-}
-
-TEST_F(Selection, OtherKeysAndPreviewBeforeAnySelectionDoLittle) {
-    form.tReport.SetText("kept");
-    int16_t key = 'a';
-    form.oFile_KeyPress(key);
-    EXPECT_TRUE(form.oVScroll.Visible());
-    key = vbKeyReturn;
-    form.oFile_KeyPress(key);
-    EXPECT_FALSE(form.oVScroll.Visible());
-    EXPECT_EQ(form.tReport.Text(), "kept");
-}
-
-TEST_F(Selection, PreviewOfANamedGameFileEmptiesThePicture) {
-    Select("tile.ftl");
-    form.oFile_DblClick();
-    EXPECT_TRUE(form.oVScroll.Visible());
-    EXPECT_FALSE(form.oListView.Visible());
-    EXPECT_TRUE(form.oPicture.Visible());
-    EXPECT_FALSE(form.SaveOffered());
-    EXPECT_FALSE(form.ExtractOffered());
-}
-
-TEST_F(Selection, ANewSelectionTakesEveryOfferAway) {
-    Select("notes.txt");
-    ASSERT_TRUE(form.ShowOffered());
-    Select("plain.dat");
-    EXPECT_FALSE(form.ShowOffered());
-    EXPECT_FALSE(form.SaveOffered());
-    EXPECT_FALSE(form.ExtractOffered());
-}
-
-TEST_F(Selection, KeysOfTheReportPagePageThroughTheDump) {
-    WriteFile(dir / "pages.dat", std::string(256 * 3, 'p'));
-    form.oFile.Refresh();
-    Select("pages.dat");
-    ASSERT_EQ(form.oVScroll.Max(), 2);
-    int16_t key = vbKeyPageDown;
-    form.tReport_KeyDown(key, 0);
-    EXPECT_EQ(form.oVScroll.Value(), 1);
-    key = vbKeyEnd;
-    form.tReport_KeyDown(key, 0);
-    EXPECT_EQ(form.oVScroll.Value(), 2);
-    key = vbKeyPageDown;
-    form.tReport_KeyDown(key, 0);
-    EXPECT_EQ(form.oVScroll.Value(), 2);
-    key = vbKeyHome;
-    form.tReport_KeyDown(key, 0);
-    EXPECT_EQ(form.oVScroll.Value(), 0);
-    key = vbKeyPageUp;
-    form.tReport_KeyDown(key, 0);
-    EXPECT_EQ(form.oVScroll.Value(), 0);
-    // A hidden bar leaves the keys to the text box.
-    form.oVScroll.SetVisible(false);
-    key = vbKeyEnd;
-    form.tReport_KeyDown(key, 0);
-    EXPECT_EQ(form.oVScroll.Value(), 0);
-}
-
-TEST_F(Selection, AnEmptyReportDisablesTheBar) {
-    form.tReport.SetText("x");
-    EXPECT_TRUE(form.oVScroll.Enabled());
-    form.tReport.SetText("");
-    EXPECT_FALSE(form.oVScroll.Enabled());
 }
