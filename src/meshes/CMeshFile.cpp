@@ -83,7 +83,7 @@ bool CMeshFile::ReadTable(int32_t& count, MeshTable<T>& table, int64_t fileEnd) 
         table.Clear();
         return false;
     }
-    const int64_t remaining = std::max<int64_t>(0, fileEnd - Position(m_hFile));
+    const int64_t remaining = std::clamp<int64_t>(fileEnd - Position(m_hFile), 0, INT32_MAX);
     const int64_t fillable = (remaining + static_cast<int64_t>(sizeof(T)) - 1) / static_cast<int64_t>(sizeof(T));
     const auto stored = static_cast<size_t>(std::min<int64_t>(count, fillable));
     if (!PassOver([&] { table.Allocate(count, stored); })) {
