@@ -82,8 +82,10 @@ TYPED_TEST_SUITE(FileContract, FileClasses);
 TYPED_TEST(FileContract, RefusesWhatItCannotOpenAndShowsNothingUnbound) {
     TypeParam object(this->host);
     EXPECT_FALSE(object.Show(0));
-    EXPECT_FALSE(object.Initialize(this->dir / "missing.bin", 0, &this->host.oListView));
-    EXPECT_FALSE(object.Initialize(this->dir.Path(), 0, &this->host.oListView));  // a folder
+    for (const std::string& path : {this->dir / "missing.bin", this->dir.Path()}) {  // a folder too
+        EXPECT_FALSE(object.Initialize(path, 0, &this->host.oListView));
+        EXPECT_FALSE(object.Show(0));
+    }
     const std::string foreign = this->dir / "foreign.bin";
     WriteFile(foreign, std::string(64, '\x5A'));
     EXPECT_EQ(object.Initialize(foreign, 0, &this->host.oListView), Traits<TypeParam>::kTakesForeign);

@@ -5,133 +5,96 @@
 #include <new>
 
 #include "fixtures/ByteWriter.h"
+#include "fixtures/PakBuilder.h"
 #include "identify/CNerhaltFiles.h"
 #include "identify/modGlobal.h"
 #include "platform/Files.h"
 #include "platform/Runtime.h"
 #include "shell/GameFileClasses.h"
 
-using fixtures::ByteWriter;
 using fixtures::TempDir;
 using fixtures::WriteFile;
 
 namespace {
 
 std::string Head(uint32_t signature, uint32_t id, size_t extra = 0) {
-    return ByteWriter().U32(signature).U32(id).Fill(extra, 0x5A).Data();
+    return fixtures::ByteWriter().U32(signature).U32(id).Fill(extra, 0x5A).Data();
 }
-
-class Recogniser : public ::testing::Test {
-protected:
-    std::string Write(const std::string& name, const std::string& bytes) {
-        std::string path = dir / name;
-        WriteFile(path, bytes);
-        return path;
-    }
-    TempDir dir;
-    FileHost host;
-    CNerhaltFiles files{GameFileClasses(host)};
-};
 
 }  // namespace
 
-TEST(TypeTable, HoldsTwentyUniqueIdsWithTheirFlags) {
+TEST(TypeTable, HoldsTwentyUniqueIdsAndOffersShowAndSaveForItsFiveClasses) {
     size_t count = 0;
     const NerhaltType* rows = NerhaltTypes(count);
     ASSERT_EQ(count, 20u);
-    for (size_t i = 0; i < count; ++i)
-        for (size_t j = i + 1; j < count; ++j) EXPECT_NE(rows[i].Id, rows[j].Id);
-    const NerhaltType* plt = FindNerhaltType(0x0682CEF5);
-    ASSERT_NE(plt, nullptr);
-    EXPECT_TRUE(plt->Able2Show);
-    EXPECT_FALSE(plt->Able2Save);
-    EXPECT_STREQ(FindNerhaltType(0x0CCCB3A4)->Name, "Cover File");
-    EXPECT_STREQ(FindNerhaltType(0x06364764)->Name, "ColorLut (look up table)");
-    EXPECT_EQ(FindNerhaltType(0x12345678), nullptr);
-    // Five types can be shown; of these all but the palette can be saved.
     const std::string shown[] = {"msh", "btm", "amh", "plt", "pak"};
-    const std::string saved[] = {"msh", "btm", "amh", "pak"};
     for (size_t i = 0; i < count; ++i) {
         SCOPED_TRACE(rows[i].Extension);
+        EXPECT_EQ(FindNerhaltType(rows[i].Id), &rows[i]);  // ids are unique
         EXPECT_EQ(rows[i].Able2Show, std::count(std::begin(shown), std::end(shown), rows[i].Extension) == 1);
-        EXPECT_EQ(rows[i].Able2Save, std::count(std::begin(saved), std::end(saved), rows[i].Extension) == 1);
+        EXPECT_EQ(rows[i].Able2Save, rows[i].Able2Show && rows[i].Extension != std::string("plt"));
     }
+    EXPECT_EQ(FindNerhaltType(0x12345678), nullptr);
 }
 
-TEST_F(Recogniser, AnUnknownIdAfterAKnownOneOffersNothing) {
-    // The flags are the row's, whatever the mesh class says of the file.
-    files.Initialize(Write("a.msh", Head(0x6E71, 0x00553C98, 60)), 0, nullptr);
-    EXPECT_TRUE(files.IsAble2Show());
-    EXPECT_TRUE(files.IsAble2Save());
-    EXPECT_TRUE(files.Initialize(Write("b.bin", Head(0x6E71, 0x12345678, 8)), 0, nullptr));
-    EXPECT_FALSE(files.IsAble2Show());
-    EXPECT_FALSE(files.IsAble2Save());
-}
-
-TEST_F(Recogniser, NamesASignedFileOfAKnownIdWithoutAClass) {
-    std::string path = Write("tile.bin", Head(0x6E71, 0x0289FCF5, 8));
-    EXPECT_TRUE(files.Initialize(path, 0, nullptr));
-    EXPECT_EQ(files.Information(), "FlatTile");
-    EXPECT_EQ(files.Extension(), "ftl");
-    EXPECT_FALSE(files.IsAble2Show());
-    EXPECT_FALSE(files.IsAble2Save());
-    EXPECT_EQ(files.FileObject(), nullptr);
-    EXPECT_EQ(files.Width(), -1);
-    EXPECT_EQ(files.Height(), -1);
-    EXPECT_FALSE(files.Show(0));
-    EXPECT_FALSE(files.SaveAs());
-}
-
-TEST_F(Recogniser, NamesUnknownIdsInUpperCaseHexWithoutLeadingZeros) {
-    EXPECT_TRUE(files.Initialize(Write("a", Head(0x6E71, 0x00ABCDEF)), 0, nullptr));
-    EXPECT_EQ(files.Information(), "Unknow Nerhalt's File (0xABCDEF)");
-    EXPECT_EQ(files.Extension(), "");
-    EXPECT_TRUE(files.Initialize(Write("b", Head(0x6E71, 7)), 0, nullptr));
-    EXPECT_EQ(files.Information(), "Unknow Nerhalt's File (0x7)");
-    EXPECT_TRUE(files.Initialize(Write("c", Head(0x6E71, 0xFFFFFFFF)), 0, nullptr));
-    EXPECT_EQ(files.Information(), "Unknow Nerhalt's File (0xFFFFFFFF)");
-}
-
-TEST_F(Recogniser, RefusesAFileWithoutTheSignatureButKeepsItsRow) {
-    EXPECT_FALSE(files.Initialize(Write("pic", Head(0x6E72, 0x04023750, 100)), 0, nullptr));
-    EXPECT_EQ(files.FileObject(), nullptr);
-    EXPECT_EQ(files.Name(), "Planar Bitmap");
-    EXPECT_TRUE(files.IsAble2Save());
-    EXPECT_EQ(files.Information(), "Unknow File");
-    // Only the exact four bytes 71 6E 00 00 sign a game file.
-    EXPECT_FALSE(files.Initialize(Write("hi", Head(0x00016E71, 0x0289FCF5)), 0, nullptr));
-}
-
-TEST_F(Recogniser, RefusesShortEmptyAndUnreadableFiles) {
-    EXPECT_FALSE(files.Initialize(Write("empty", ""), 0, nullptr));
-    EXPECT_FALSE(files.Initialize(Write("seven", Head(0x6E71, 0x0289FCF5).substr(0, 7)), 0, nullptr));
-    EXPECT_FALSE(files.Initialize(dir / "missing", 0, nullptr));
-    EXPECT_FALSE(files.Initialize(dir.Path(), 0, nullptr));
-}
-
-TEST_F(Recogniser, ASecondCallWithTheSamePathReadsNothing) {
-    std::string path = Write("t", Head(0x6E71, 0x0289FCF5));
-    EXPECT_TRUE(files.Initialize(path, 0, nullptr));
-    // Changing the file behind the path shows that nothing is read again.
-    WriteFile(path, "garbage!");
-    EXPECT_TRUE(files.Initialize(path, 0, nullptr));
-    EXPECT_EQ(files.Information(), "FlatTile");
-    std::string foreign = Write("f", "not a game file");
-    EXPECT_FALSE(files.Initialize(foreign, 0, nullptr));
-    EXPECT_FALSE(files.Initialize(foreign, 0, nullptr));
-}
-
-TEST_F(Recogniser, HidesTheListViewForEverythingButAKnownPak) {
-    EXPECT_TRUE(files.Initialize(Write("t", Head(0x6E71, 0x0289FCF5)), 0, nullptr));
-    EXPECT_TRUE(files.HideListView());
-    EXPECT_TRUE(files.Initialize(Write("u", Head(0x6E71, 0x1234)), 0, nullptr));
-    EXPECT_TRUE(files.HideListView());
-}
-
-TEST_F(Recogniser, KeepsNoHandleOfTheFilesBefore) {
-    int32_t before = OpenHandleCount();
-    for (int i = 0; i < 5; ++i) files.Initialize(Write("f" + std::to_string(i), Head(0x6E71, 0x0289FCF5)), 0, nullptr);
-    EXPECT_EQ(OpenHandleCount(), before + 1);
+// Applied in order to one recogniser: each file's row replaces the one before,
+// and a file that can't be opened leaves everything as it stood.
+TEST(Recogniser, NamesEachFileByItsHeadAndOffersWhatItsRowSays) {
+    TempDir dir;
+    FileHost host;
+    CNerhaltFiles files{GameFileClasses(host)};
+    struct Row {
+        const char* name;   // "." is the folder itself
+        const char* bytes;  // none: no such file
+        size_t size;
+        bool answer;
+        const char *information, *extension;
+        bool show, save, hide, object;
+    };
+    const std::string pak = fixtures::PakBuilder().Stored("A.TXT", "abc").Build();
+    const std::string heads[] = {
+        Head(0x6E71, 0x00553C98, 60), Head(0x6E71, 0x0289FCF5, 8), Head(0x6E71, 0x12345678, 8),
+        Head(0x6E71, 0x00ABCDEF),     Head(0x6E71, 7),              Head(0x6E71, 0xFFFFFFFF),
+        Head(0x6E72, 0x04023750, 100), Head(0x00016E71, 0x0289FCF5), Head(0x6E71, 0x0289FCF5)};
+    const Row rows[] = {
+        // The flags are the row's, whatever the mesh class says of the file.
+        {"a.msh", heads[0].data(), heads[0].size(), false, "", "msh", true, true, true, true},
+        {"tile", heads[1].data(), heads[1].size(), true, "FlatTile", "ftl", false, false, true, false},
+        // The same path again reads nothing.
+        {"tile", "garbage!", 8, true, "FlatTile", "ftl", false, false, true, false},
+        {"b", heads[2].data(), heads[2].size(), true, "Unknow Nerhalt's File (0x12345678)", "", false, false, true, false},
+        {"c", heads[3].data(), heads[3].size(), true, "Unknow Nerhalt's File (0xABCDEF)", "", false, false, true, false},
+        {"d", heads[4].data(), heads[4].size(), true, "Unknow Nerhalt's File (0x7)", "", false, false, true, false},
+        {"e", heads[5].data(), heads[5].size(), true, "Unknow Nerhalt's File (0xFFFFFFFF)", "", false, false, true, false},
+        // Only the exact bytes 71 6E 00 00 sign a game file.
+        {"pic", heads[6].data(), heads[6].size(), false, "Unknow File", "btm", true, true, true, false},
+        {"hi", heads[7].data(), heads[7].size(), false, "Unknow File", "ftl", false, false, true, false},
+        {"seven", heads[8].data(), 7, false, "FlatTile", "ftl", false, false, true, false},
+        {"empty", "", 0, false, "FlatTile", "ftl", false, false, true, false},
+        {"data.pak", pak.data(), pak.size(), true, "DCL Imploding Packed File", "pak", true, true, false, true},
+        {"missing", nullptr, 0, false, "DCL Imploding Packed File", "pak", true, true, false, true},
+        {".", nullptr, 0, false, "DCL Imploding Packed File", "pak", true, true, false, true},
+    };
+    const int32_t handles = OpenHandleCount();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string path = std::string(row.name) == "." ? dir.Path() : dir / row.name;
+        if (row.bytes) WriteFile(path, std::string(row.bytes, row.size));
+        EXPECT_EQ(files.Initialize(path, 0, &host.oListView), row.answer);
+        EXPECT_EQ(files.Information(), row.information);
+        EXPECT_EQ(files.Extension(), row.extension);
+        EXPECT_EQ(files.IsAble2Show(), row.show);
+        EXPECT_EQ(files.IsAble2Save(), row.save);
+        EXPECT_EQ(files.HideListView(), row.hide);
+        EXPECT_EQ(files.FileObject() != nullptr, row.object);
+        EXPECT_EQ(files.Width(), -1);
+        if (!row.object) {
+            EXPECT_FALSE(files.Show(0));
+            EXPECT_FALSE(files.SaveAs());
+            EXPECT_EQ(files.Height(), -1);
+        }
+        EXPECT_LE(OpenHandleCount() - handles, 2);  // the recogniser's and the object's
+    }
 }
 
 TEST(NameHelpers, ScanFromTheEndForTheirSeparator) {
@@ -174,12 +137,6 @@ TEST(PrintFile, WritesLinesEndedByCrLfAndReportsFailures) {
     EXPECT_FALSE(OpenPrintFile(dir / "no/such/out.bat"));
     EXPECT_NE(g_vPrintFile, 0);
     EXPECT_FALSE(PrintToFile("lost"));
-}
-
-TEST(PadSizeTest, RightAlignsInSixteenCharacters) {
-    EXPECT_EQ(PadSize(1234), "            1234");
-    EXPECT_EQ(PadSize(0), std::string(15, ' ') + "0");
-    EXPECT_EQ(PadSize(-5).size(), 16u);
 }
 
 namespace {
