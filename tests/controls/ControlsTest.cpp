@@ -9,6 +9,7 @@
 #include "controls/FileControls.h"
 #include "controls/ListView.h"
 #include "fixtures/ByteWriter.h"
+#include "fixtures/ErrorOf.h"
 #include "platform/Runtime.h"
 
 TEST(ScrollBarModel, RaisesChangeOnceForANewValueAndKeepsInRange) {
@@ -32,12 +33,7 @@ TEST(TextBoxModel, ATextBeyondItsCapacityRaisesOutOfMemoryAndKeepsTheOld) {
     int changes = 0;
     box.Change.Connect([&] { ++changes; });
     box.SetText("0123456789");
-    try {
-        box.SetText("01234567890");
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 7);
-    }
+    EXPECT_EQ(fixtures::ErrorOf([&] { box.SetText("01234567890"); }).Number, 7);
     EXPECT_EQ(box.Text(), "0123456789");
     EXPECT_EQ(changes, 1);
 }
@@ -199,12 +195,7 @@ TEST(FolderListModel, ListsTheChainAndTheSubFoldersAndRefusesMissingFolders) {
     EXPECT_EQ(changes, 3);
     box.SetPath(dir.Path() + "/");
     EXPECT_EQ(changes, 3);
-    try {
-        box.SetPath(dir / "file");
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 76);
-    }
+    EXPECT_EQ(fixtures::ErrorOf([&] { box.SetPath(dir / "file"); }).Number, 76);
     EXPECT_EQ(box.Path(), dir.Path());
 }
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "fixtures/ByteWriter.h"
+#include "fixtures/ErrorOf.h"
 #include "platform/Files.h"
 #include "platform/LittleEndian.h"
 #include "platform/Runtime.h"
@@ -136,40 +137,23 @@ TEST(NumberedFiles, OpenPrintReadAndReportTheRuntimesErrors) {
     EXPECT_EQ(VbGet(n, 100), "one\r\n");
     EXPECT_THROW(VbPrintLine(n, "x"), RuntimeError);
     VbClose(n);
-    try {
-        VbClose(n);
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 52);
-    }
-    try {
-        VbOpen(n, dir / "missing.txt", VbOpenMode::Input);
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 53);
-        EXPECT_EQ(e.Description, "File not found");
-    }
+    EXPECT_EQ(fixtures::ErrorOf([&] { VbClose(n); }).Number, 52);
+    const RuntimeError missing = fixtures::ErrorOf([&] { VbOpen(n, dir / "missing.txt", VbOpenMode::Input); });
+    EXPECT_EQ(missing.Number, 53);
+    EXPECT_EQ(missing.Description, "File not found");
 }
 
 TEST(RuntimeArithmetic, OverflowsLikeTheRuntimesIntegers) {
     EXPECT_EQ(VbAdd16(32721, 46), 32767);
-    try {
-        VbAdd16(32722, 46);
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 6);
-        EXPECT_EQ(e.Description, "Overflow");
-    }
+    const RuntimeError overflow = fixtures::ErrorOf([] { VbAdd16(32722, 46); });
+    EXPECT_EQ(overflow.Number, 6);
+    EXPECT_EQ(overflow.Description, "Overflow");
     EXPECT_THROW(VbAdd32(INT32_MAX, 1), RuntimeError);
     EXPECT_EQ(VbIntDiv(-7, 2), -3);
     EXPECT_THROW(VbIntDiv(INT32_MIN, -1), RuntimeError);
-    try {
-        VbIntDiv(1, 0);
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.Number, 11);
-        EXPECT_EQ(e.Description, "Division by zero");
-    }
+    const RuntimeError byZero = fixtures::ErrorOf([] { VbIntDiv(1, 0); });
+    EXPECT_EQ(byZero.Number, 11);
+    EXPECT_EQ(byZero.Description, "Division by zero");
     EXPECT_EQ(VbCLng("            1234"), 1234);
     EXPECT_EQ(VbCLng("-7"), -7);
     EXPECT_THROW(VbCLng("99999999999"), RuntimeError);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 
@@ -93,16 +94,24 @@ TEST(RegistryHives, MissingFilesReadAsEmptyAndReadsCreateNothing) {
 
 TEST(RegistryHives, ValuesOfEveryKindRoundTripThroughAReadableFile) {
     RegistryHome home;
+    struct Row {
+        const char* name;
+        DWORD type;
+        std::string data;
+    };
+    const Row rows[] = {
+        {"PkzipPath", REG_SZ, std::string("C:\\Tools\\pkzip25.exe\0", 21)},
+        {"Quote", REG_SZ, std::string("say \"hi\"\0", 9)},
+        {"", REG_SZ, std::string("default\0", 8)},
+        {"Count", REG_DWORD, Dword(42)},
+        {"Bin", REG_BINARY, std::string("\x01\xff\x00", 3)},
+        {"Exp", REG_EXPAND_SZ, std::string("%TEMP%\\x\0", 9)},
+        {"Multi", REG_MULTI_SZ, std::string("a\0b\0\0", 5)},
+        {"Wide", REG_QWORD, std::string(8, '\x11')},
+        {"Lines", REG_SZ, std::string("two\r\nlines\0", 11)},
+    };
     HKEY h = Create("Software\\Corvane\\Quarrin");
-    ASSERT_EQ(SetText(h, "PkzipPath", "C:\\Tools\\pkzip25.exe"), ERROR_SUCCESS);
-    ASSERT_EQ(SetText(h, "Quote", "say \"hi\""), ERROR_SUCCESS);
-    ASSERT_EQ(SetText(h, "", "default"), ERROR_SUCCESS);
-    ASSERT_EQ(SetBytes(h, "Count", REG_DWORD, Dword(42)), ERROR_SUCCESS);
-    ASSERT_EQ(SetBytes(h, "Bin", REG_BINARY, std::string("\x01\xff\x00", 3)), ERROR_SUCCESS);
-    ASSERT_EQ(SetText(h, "Exp", "%TEMP%\\x", REG_EXPAND_SZ), ERROR_SUCCESS);
-    ASSERT_EQ(SetBytes(h, "Multi", REG_MULTI_SZ, std::string("a\0b\0\0", 5)), ERROR_SUCCESS);
-    ASSERT_EQ(SetBytes(h, "Wide", REG_QWORD, std::string(8, '\x11')), ERROR_SUCCESS);
-    ASSERT_EQ(SetText(h, "Lines", "two\r\nlines"), ERROR_SUCCESS);
+    for (const Row& row : rows) ASSERT_EQ(SetBytes(h, row.name, row.type, row.data), ERROR_SUCCESS) << row.name;
     RegCloseKey(h);
 
     EXPECT_EQ(ReadFile(home.UserFile()),
@@ -118,34 +127,20 @@ TEST(RegistryHives, ValuesOfEveryKindRoundTripThroughAReadableFile) {
               "\"Wide\"=hex(b):11,11,11,11,11,11,11,11\n"
               "\"Lines\"=hex(1):74,77,6f,0d,0a,6c,69,6e,65,73,00\n");
 
-    // Read back from the file alone, in a fresh copy of the same text.
+    // Read back from the file alone, in a fresh copy of the same text, under
+    // names spelt in another case.
     RegistryHome other;
     other.WriteUser(ReadFile(home.UserFile()));
-    DWORD type = 0;
-    std::string data;
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "software\\CORVANE\\quarrin", "pkzippath", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(type, REG_SZ);
-    EXPECT_EQ(data, std::string("C:\\Tools\\pkzip25.exe\0", 21));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Quote", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, std::string("say \"hi\"\0", 9));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, std::string("default\0", 8));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Count", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(type, REG_DWORD);
-    EXPECT_EQ(data, Dword(42));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Bin", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(type, REG_BINARY);
-    EXPECT_EQ(data, std::string("\x01\xff\x00", 3));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Exp", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(type, REG_EXPAND_SZ);
-    EXPECT_EQ(data, std::string("%TEMP%\\x\0", 9));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Multi", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(type, REG_MULTI_SZ);
-    EXPECT_EQ(data, std::string("a\0b\0\0", 5));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Wide", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(type, REG_QWORD);
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\Corvane\\Quarrin", "Lines", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, std::string("two\r\nlines\0", 11));
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::string upper = row.name;
+        for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        DWORD type = 0;
+        std::string data;
+        ASSERT_EQ(Query(HKEY_CURRENT_USER, "software\\CORVANE\\quarrin", upper, type, data), ERROR_SUCCESS);
+        EXPECT_EQ(type, row.type);
+        EXPECT_EQ(data, row.data);
+    }
 }
 
 TEST(RegistryHives, HandWrittenFilesAreReadLeniently) {
