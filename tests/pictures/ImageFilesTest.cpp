@@ -1,0 +1,156 @@
+// The common picture files, named from their heads, and the TGA reader.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fixtures/ByteWriter.h"
+#include "fixtures/PictureBuilder.h"
+#include "identify/IFileHost.h"
+#include "pictures/CImageFiles.h"
+#include "pictures/CTGAFile.h"
+#include "platform/Files.h"
+
+using fixtures::RgbImage;
+using fixtures::TgaOptions;
+
+namespace {
+
+std::string Jpeg(const std::string& body) { return std::string("\xFF\xD8", 2) + body; }
+
+// A baseline frame segment: length 17, precision 8, height 16, width 32.
+const std::string kSof16x32 = std::string("\xFF\xC0\x00\x11\x08\x00\x10\x00\x20", 9) + std::string(12, '\x01');
+
+// Two rows of one pixel: red above blue.
+RgbImage Column() {
+    RgbImage image(1, 2);
+    image.At(0, 0)[0] = 0xFF;
+    image.At(0, 1)[2] = 0xFF;
+    return image;
+}
+
+std::string Tga(TgaOptions options) { return fixtures::BuildTga(Column(), options); }
+
+}  // namespace
+
+TEST(CImageFiles, NamesEachKindFromItsHeadAlone) {
+    fixtures::TempDir dir;
+    FileHost host;
+    fixtures::JpegOptions thumbnail, extended;
+    thumbnail.Thumbnail = fixtures::GradientImage(8, 4);
+    extended.FrameMarker = 0xC1;
+    struct Case {
+        std::string bytes;
+        const char* info;  // nullptr for a file that is refused
+        const char* ext;
+        bool show, save;
+    } cases[] = {
+        {fixtures::BuildBmp24(fixtures::GradientImage(5, 3)), "BMP Picture 5x3", "bmp", true, false},
+        {"BM", "BMP Picture 0x0", "bmp", true, false},
+        {fixtures::BuildGif(fixtures::Quantise332(fixtures::GradientImage(7, 2))), "GIF Picture 7x2", "gif", true, true},
+        // "GIF" is enough, and its sizes are signed.
+        {std::string("GIF\0\0\0\x2C\x01\xFE\xFF", 10), "GIF Picture 300x-2", "gif", true, true},
+        {"GIX89a\x01\x00\x01\x00", nullptr, nullptr, false, false},
+        {fixtures::BuildJpeg(fixtures::GradientImage(33, 17)), "JPG Picture 33x17", "jpg", true, true},
+        // The thumbnail's frame comes first, so its size is the one given.
+        {fixtures::BuildJpeg(fixtures::GradientImage(40, 30), thumbnail), "JPG Picture 8x4", "jpg", true, true},
+        {fixtures::BuildJpeg(fixtures::GradientImage(40, 30), extended), "JPG Picture ", "jpg", false, false},
+        // In 0xFF 0xFF 0xC0 the second 0xFF is taken as the marker's second
+        // byte; a third 0xFF in front puts the pair back in step.
+        {Jpeg("\xFF" + kSof16x32), "JPG Picture ", "jpg", false, false},
+        {Jpeg("\xFF\xFF" + kSof16x32), "JPG Picture 32x16", "jpg", true, true},
+        // A marker whose 0xC0 ends the file is not seen; one byte more and it is,
+        // with the sizes beyond the end read as 0.
+        {Jpeg("\x12\xFF\xC0"), "JPG Picture ", "jpg", false, false},
+        {Jpeg(std::string("\x12\xFF\xC0\x00", 4)), "JPG Picture 0x0", "jpg", true, true},
+        {std::string("\xFF\x00\xFF\xC0", 4), nullptr, nullptr, false, false},
+        {fixtures::BuildTga(fixtures::GradientImage(6, 4)), "TGA Bitmap : 6x4 (24 Bits/Pixel)", "tga", true, true},
+        {"", nullptr, nullptr, false, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        fixtures::WriteFile(dir / "picture", c.bytes);
+        CImageFiles images(host);
+        const int32_t handles = OpenHandleCount();
+        EXPECT_EQ(images.Initialize(dir / "picture"), c.info != nullptr);
+        // Only the TGA reader, tried on any other first byte, keeps its file open.
+        const bool tgaTried = c.bytes.empty() || std::string("BG\xFF").find(c.bytes[0]) == std::string::npos;
+        EXPECT_EQ(OpenHandleCount(), handles + (tgaTried ? 1 : 0));
+        if (c.info != nullptr) {
+            EXPECT_EQ(images.Information() + "|" + images.Extension(), c.info + std::string("|") + c.ext);
+        }
+        EXPECT_EQ(images.IsAble2Show(), c.show);
+        EXPECT_EQ(images.IsAble2Save(), c.save);
+    }
+    // The same path gives the earlier answer without reading; another that
+    // nothing recognises keeps the last name and size.
+    CImageFiles images(host);
+    EXPECT_FALSE(images.IsAble2Show()) << "without a file";
+    fixtures::WriteFile(dir / "a.gif", std::string("GIF89a\x02\x00\x03\x00", 10));
+    ASSERT_TRUE(images.Initialize(dir / "a.gif"));
+    fixtures::WriteFile(dir / "a.gif", "not a picture");
+    EXPECT_TRUE(images.Initialize(dir / "a.gif"));
+    EXPECT_FALSE(images.Initialize(dir / "none"));
+    EXPECT_EQ(images.Information(), "GIF Picture 2x3");
+}
+
+TEST(CTGAFile, DecodesRowsAsTheDescriptorSays) {
+    struct Case {
+        TgaOptions options;
+        std::vector<uint8_t> bits;  // bottom row first, blue green red, stride 4
+    } cases[] = {
+        {{}, {0xFF, 0, 0, 0, 0, 0, 0xFF, 0}},
+        {{.TopDown = true}, {0xFF, 0, 0, 0, 0, 0, 0xFF, 0}},
+        // Grey levels become three equal bytes; the type does not decide.
+        {{.ImageType = 3, .PixelDepth = 8}, {29, 29, 29, 0, 76, 76, 76, 0}},
+        {{.ImageType = 2, .PixelDepth = 8, .TopDown = true}, {29, 29, 29, 0, 76, 76, 76, 0}},
+        // A colour map is not skipped: its bytes (filled in below) are taken
+        // for the first row.
+        {{.ColorMapEntries = 1}, {0, 0, 0, 0, 0xFF, 0, 0, 0}},
+    };
+    for (const Case& c : cases) {
+        fixtures::TempDir dir;
+        const std::string bytes = Tga(c.options);
+        std::vector<uint8_t> expected = c.bits;
+        if (c.options.ColorMapEntries != 0) std::copy(bytes.begin() + 18, bytes.begin() + 21, expected.begin());
+        fixtures::WriteFile(dir / "p.tga", bytes);
+        CTGAFile tga;
+        ASSERT_TRUE(tga.Initialize(dir / "p.tga"));
+        EXPECT_EQ(tga.Information(), "TGA Bitmap : 1x2 (" + std::to_string(c.options.PixelDepth) + " Bits/Pixel)");
+        FileHost host;
+        host.oPicture.Move(0, 0, 1, 2);
+        ASSERT_TRUE(tga.Show(host.oPicture.hDC));
+        EXPECT_EQ(std::vector<uint8_t>(tga.DIBBitsPtr(), tga.DIBBitsPtr() + 8), expected);
+        EXPECT_EQ(host.oPicture.Point(0, 1), expected[0] << 16 | expected[1] << 8 | expected[2]);
+        EXPECT_TRUE(tga.Show(host.oPicture.hDC));
+    }
+}
+
+TEST(CTGAFile, RefusesWhatItCannotDecode) {
+    std::string wide = Tga({}), zero = Tga({});
+    wide[12] = '\x00', wide[13] = '\x80';  // a width of 32768 reads as negative
+    zero[14] = zero[15] = 0;
+    const std::pair<std::string, bool> cases[] = {
+        // Refused by Initialize: compressed, mapped, of other depths, with an id, cut in the header.
+        {Tga({.ImageType = 10}), false}, {Tga({.ImageType = 1}), false}, {Tga({.PixelDepth = 16}), false},
+        {Tga({.PixelDepth = 32}), false}, {Tga({.IdLength = 3}), false}, {Tga({.Truncate = 17}), false},
+        // Taken, and not shown.
+        {Tga({.Truncate = 20}), true}, {wide, true}, {zero, true},
+    };
+    fixtures::TempDir dir;
+    const int32_t handles = OpenHandleCount();
+    for (const auto& [bytes, taken] : cases) {
+        SCOPED_TRACE(&bytes - &cases[0].first);
+        fixtures::WriteFile(dir / "p.tga", bytes);
+        CTGAFile tga;
+        EXPECT_EQ(tga.Initialize(dir / "p.tga"), taken);
+        EXPECT_FALSE(taken && tga.Show(0));
+        EXPECT_FALSE(tga.Loaded());
+    }
+    EXPECT_EQ(OpenHandleCount(), handles);
+    CTGAFile tga;
+    ASSERT_TRUE(tga.Initialize(dir / "p.tga"));
+    EXPECT_FALSE(tga.Initialize(dir / "missing.tga"));
+    EXPECT_FALSE(tga.Show(0));
+    EXPECT_FALSE(tga.SaveAs());
+}

@@ -1,0 +1,282 @@
+// The game's planar bitmaps and palettes, and the palette engine behind them.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "fixtures/ByteWriter.h"
+#include "fixtures/PlanarBuilder.h"
+#include "identify/IFileHost.h"
+#include "pictures/CBtm.h"
+#include "pictures/CPLTFile.h"
+#include "platform/Picture.h"
+#include "platform/Runtime.h"
+
+using fixtures::BtmSpec;
+using fixtures::PaletteShape;
+
+namespace {
+
+std::string Btm(int32_t width, int32_t height, std::string pixels, int32_t bytesPerPixel = 1,
+                const std::function<void(BtmSpec&)>& change = {}) {
+    BtmSpec s;
+    s.Width = width, s.Height = height, s.BytesPerPixel = bytesPerPixel, s.Pixels = std::move(pixels);
+    if (change) change(s);
+    return fixtures::BuildBtm(s);
+}
+
+struct Bitmap {
+    FileHost host;
+    fixtures::TempDir dir;
+    CBtm btm{host};
+
+    bool Open(const std::string& bytes) {
+        fixtures::WriteFile(dir / "picture.btm", bytes);
+        return btm.Initialize(dir / "picture.btm", 0, &host.oListView);
+    }
+    // The section's memory, rows bottom-up with their spare bytes.
+    std::vector<uint8_t> Bits() const {
+        const size_t size = static_cast<size_t>(btm.BytesPerScanLine()) * static_cast<size_t>(btm.DibHeight());
+        return {btm.DIBSectionBitsPtr(), btm.DIBSectionBitsPtr() + size};
+    }
+};
+
+// A bitmap made in memory, its first colours set.
+struct Engine {
+    FileHost host;
+    CBtm btm{host};
+    explicit Engine(int32_t width = 4, int32_t height = 2, std::vector<uint32_t> colours = {}) {
+        EXPECT_TRUE(btm.Create(width, height));
+        for (size_t i = 0; i < colours.size(); ++i) btm.SetColor(static_cast<int32_t>(i), colours[i]);
+    }
+    std::vector<int32_t> Colors(int32_t n) const {
+        std::vector<int32_t> out;
+        for (int32_t i = 0; i < n; ++i) out.push_back(btm.Color(i));
+        return out;
+    }
+};
+
+}  // namespace
+
+TEST(CBtm, DecodesRowsIntoTheBottomUpSection) {
+    struct Case {
+        int32_t width, height, bytesPerPixel;
+        std::string pixels;
+        std::vector<uint8_t> bits;
+    } cases[] = {
+        // The file's first row ends at the top: D E F 0 A B C 0.
+        {3, 2, 1, "ABCDEF", {'D', 'E', 'F', 0, 'A', 'B', 'C', 0}},
+        // Only the first byte of a pixel reaches the section.
+        {3, 2, 2, "AaBbCcDdEeFf", {'D', 'E', 'F', 0, 'A', 'B', 'C', 0}},
+        {2, 1, 4, "A123B456", {'A', 'B', 0, 0}},
+        // The data has one byte more than its size, which stays 0.
+        {3, 2, 1, "ABCDE", {'D', 'E', 0, 0, 'A', 'B', 'C', 0}},
+        {5, 1, 1, "12345", {'1', '2', '3', '4', '5', 0, 0, 0}},
+        // No bytes per pixel: every pixel is the first byte.
+        {2, 2, 0, "Q!", {'Q', 'Q', 0, 0, 'Q', 'Q', 0, 0}},
+    };
+    for (const Case& c : cases) {
+        Bitmap b;
+        ASSERT_TRUE(b.Open(Btm(c.width, c.height, c.pixels, c.bytesPerPixel)));
+        ASSERT_TRUE(b.btm.Show(0)) << c.pixels;
+        EXPECT_EQ(b.Bits(), c.bits) << c.pixels;
+    }
+}
+
+TEST(CBtm, TakesItsPaletteOrAGreyRampAndThePaneShowsThePicture) {
+    const fixtures::PlanarPalette palette = fixtures::RainbowPalette();
+    for (PaletteShape shape : {PaletteShape::Full, PaletteShape::Missing, PaletteShape::Short, PaletteShape::WrongId}) {
+        SCOPED_TRACE(static_cast<int>(shape));
+        Bitmap b;
+        ASSERT_TRUE(b.Open(Btm(2, 1, std::string("\x00\xFF", 2), 1, [&](BtmSpec& s) {
+            s.Palette = palette, s.Shape = shape;
+        })));
+        b.host.oPicture.Move(0, 0, 2, 1);
+        ASSERT_TRUE(b.btm.Show(b.host.oPicture.hDC));
+        const bool full = shape == PaletteShape::Full;
+        EXPECT_EQ(b.btm.HasPalette(), full);
+        for (int32_t i = 0; i < 256; ++i)
+            ASSERT_EQ(b.btm.Color(i), static_cast<int32_t>(full ? palette[i][2] & 0xFFFFFF : i * 0x010101u)) << i;
+        EXPECT_EQ(b.host.oPicture.Point(0, 0), b.btm.Color(0));
+        EXPECT_EQ(b.host.oPicture.Point(1, 0), b.btm.Color(255));
+    }
+}
+
+TEST(CBtm, RefusesOrShowsBlankWhatItCannotDecode) {
+    enum Outcome { InitFalse, ShowFalse, ShowBlank };
+    const std::string good = Btm(3, 2, "ABCDEF");
+    const auto with = [](const std::function<void(BtmSpec&)>& change) { return Btm(3, 2, "ABCDEF", 1, change); };
+    const std::pair<std::string, Outcome> cases[] = {
+        {good.substr(0, 55), InitFalse},
+        {std::string("\x72") + good.substr(1), InitFalse},
+        {fixtures::PlanarHeader(fixtures::kIdPlanarPalette, 3, 2, 1, 6, 0), InitFalse},
+        {good.substr(0, 56 + 5), ShowFalse},
+        {with([](BtmSpec& s) { s.DataSize = 0x7FFFFFF0; }), ShowFalse},
+        {with([](BtmSpec& s) { s.DataSize = -1; }), ShowFalse},
+        {with([](BtmSpec& s) { s.Width = 0; }), ShowFalse},
+        {with([](BtmSpec& s) { s.Height = -2; }), ShowFalse},
+        {with([](BtmSpec& s) { s.Width = s.Height = 0x10000; }), ShowFalse},
+        // Too little data for the size: the colour table is set, no pixel.
+        {with([](BtmSpec& s) { s.DataSize = 4; }), ShowBlank},
+        {with([](BtmSpec& s) { s.BytesPerPixel = 2, s.Pixels = "AaBbCcDdEeF", s.DataSize = 10; }), ShowBlank},
+        {with([](BtmSpec& s) { s.BytesPerPixel = -1; }), ShowBlank},
+    };
+    for (const auto& [bytes, outcome] : cases) {
+        SCOPED_TRACE(&bytes - &cases[0].first);
+        Bitmap b;
+        EXPECT_EQ(b.Open(bytes), outcome != InitFalse);
+        if (outcome == InitFalse) {
+            continue;
+        }
+        EXPECT_EQ(b.btm.Show(0), outcome == ShowBlank);
+        EXPECT_EQ(b.btm.Loaded(), outcome == ShowBlank);
+        if (outcome == ShowBlank) {
+            EXPECT_EQ(b.Bits(), std::vector<uint8_t>(b.Bits().size(), 0));
+        }
+    }
+}
+
+TEST(CBtm, DecodesOnceAndRetriesAfterAShortRead) {
+    const std::string whole = Btm(3, 2, "ABCDEF");
+    Bitmap b;
+    ASSERT_TRUE(b.Open(whole.substr(0, 60)));
+    EXPECT_FALSE(b.btm.Show(0));
+    // The same file grown to its whole length: the next Show reads it.
+    fixtures::WriteFile(b.dir / "picture.btm", whole);
+    ASSERT_TRUE(b.btm.Show(0));
+    // Later Shows read nothing: a changed file paints the first picture.
+    fixtures::WriteFile(b.dir / "picture.btm", Btm(3, 2, "zzzzzz"));
+    b.host.oPicture.Move(0, 0, 3, 2);
+    ASSERT_TRUE(b.btm.Show(b.host.oPicture.hDC));
+    EXPECT_EQ(b.host.oPicture.Point(0, 0), 'A' * 0x010101);
+    EXPECT_EQ(b.host.oPicture.Point(2, 1), 'F' * 0x010101);
+}
+
+TEST(CPLTFile, DrawsEachEntryAsAColumnOfItsThreeColours) {
+    const fixtures::PlanarPalette palette = fixtures::RainbowPalette();
+    const std::string whole = fixtures::PaletteFile(palette, 3);
+    // The columns that arrived; the rest are black.
+    for (const auto& [bytes, columns] : {std::pair{whole, 256}, {whole.substr(0, 8), 0}, {whole.substr(0, 176), 10}}) {
+        SCOPED_TRACE(columns);
+        FileHost host;
+        fixtures::TempDir dir;
+        fixtures::WriteFile(dir / "p.plt", bytes);
+        CPLTFile plt(host);
+        ASSERT_TRUE(plt.Initialize(dir / "p.plt", 0, nullptr));
+        host.oPicture.Move(0, 0, plt.Width(), plt.Height());
+        host.oPicture.BackColor = 0x123456;
+        for (int pass = 0; pass < 2; ++pass) {
+            host.oPicture.Cls();
+            EXPECT_FALSE(plt.Show(0));
+            for (int32_t i = 0; i < 256 * 3; ++i)
+                ASSERT_EQ(host.oPicture.Point(i / 3, i % 3), static_cast<int32_t>(i / 3 < columns ? palette[i / 3][i % 3] & 0xFFFFFF : 0)) << i;
+        }
+        EXPECT_TRUE(plt.Loaded());
+        // Another file is read anew.
+        fixtures::WriteFile(dir / "q.plt", whole);
+        ASSERT_TRUE(plt.Initialize(dir / "q.plt", 0, nullptr));
+        EXPECT_FALSE(plt.Loaded());
+    }
+}
+
+TEST(DibEngine, ConvertsBetweenRgbAndHls) {
+    struct Case {
+        int32_t r, g, b;
+        float h, s, l;
+    } cases[] = {
+        {128, 128, 128, 0, 0, 128 / 255.0f}, {255, 0, 0, 0, 1, 0.5f}, {0, 255, 0, 2, 1, 0.5f},
+        {0, 0, 255, 4, 1, 0.5f},
+        {255, 0, 128, -128 / 255.0f, 1, 0.5f},  // red first, more blue than green
+        {255, 255, 0, 1, 1, 0.5f},              // a tie of red and green: red decides
+        {0, 0, 0, 0, 0, 0},                     {255, 255, 255, 0, 0, 1},
+    };
+    for (const Case& c : cases) {
+        float h = 9, s = 9, l = 9;
+        CBtm::RGBToHLS(c.r, c.g, c.b, h, s, l);
+        EXPECT_NEAR(h, c.h, 1e-5) << c.r << "," << c.g << "," << c.b;
+        EXPECT_NEAR(s, c.s, 1e-5);
+        EXPECT_NEAR(l, c.l, 1e-5);
+        int32_t r = -1, g = -1, b = -1;
+        CBtm::HLSToRGB(h, s, l, r, g, b);
+        EXPECT_EQ((std::array<int32_t, 3>{r, g, b}), (std::array<int32_t, 3>{c.r, c.g, c.b}));
+    }
+    // A lightness run past 1 leaves the byte range; a tie rounds to even.
+    for (auto [lightness, red] : {std::pair{1.5f, 382}, {0.5f / 255.0f, 0}}) {  // 382.5 and 0.5
+        float h = 0, s = 0;
+        int32_t r = -1, g = 0, b = 0;
+        CBtm::HLSToRGB(h, s, lightness, r, g, b);
+        EXPECT_EQ(r, red);
+    }
+}
+
+TEST(DibEngine, PaletteOperationsChangeTheTableAlone) {
+    struct Case {
+        void (*op)(CBtm&);
+        std::vector<int32_t> expected;
+    } cases[] = {
+        {[](CBtm& d) { d.Fade(255); }, {0xFFFFFF, 0x804020, 0x000000}},
+        {[](CBtm& d) { d.Fade(128); }, {0x808080, 0x402010, 0}},
+        {[](CBtm& d) { d.Invert(); }, {0x000000, 0x7FBFDF, 0xFFFFFF}},
+        // 222 x 32 + 707 x 64 + 71 x 128 = 61,400: 61.4 rounds to 61.
+        {[](CBtm& d) { d.GrayScale(); }, {0xFFFFFF, 0x3D3D3D, 0x000000}},
+        {[](CBtm& d) { d.AdjustLightness(100); }, {0xFFFFFF, 0x804020, 0x000000}},
+        {[](CBtm& d) { d.AdjustLightness(200); }, {0xFFFFFF, 0xD98D67, 0x000000}},
+        {[](CBtm& d) { d.AdjustLightness(50); }, {0x808080, 0x402010, 0x000000}},
+    };
+    for (const Case& c : cases) {
+        Engine e(4, 2, {0xFFFFFF, 0x804020, 0x000000});
+        e.btm.DIBSectionBitsPtr()[0] = 1;
+        c.op(e.btm);
+        EXPECT_EQ(e.Colors(3), c.expected) << &c - cases;
+        EXPECT_EQ(e.btm.DIBSectionBitsPtr()[0], 1);
+    }
+    Engine e;
+    EXPECT_EQ(e.btm.Color(256) + e.btm.Color(-1), -2);
+    EXPECT_THROW(e.btm.Fade(300), RuntimeError);
+    e.btm.ClearUp();
+    EXPECT_EQ(e.btm.Color(0), -1);
+    e.btm.GrayScale();  // no table: nothing happens
+}
+
+TEST(DibEngine, SectionsPaintCopyAndLoad) {
+    for (auto [width, stride] : {std::pair{1, 4}, {4, 4}, {5, 8}}) EXPECT_EQ(Engine(width, 1).btm.BytesPerScanLine(), stride);
+    Engine source(3, 2, {0x000000, 0x0000FF, 0x00FF00});
+    uint8_t* bits = source.btm.DIBSectionBitsPtr();
+    bits[0] = 1, bits[1] = 2, bits[4] = 2;  // bottom row 1 2 0, top row 2 0 0
+    FileHost host;
+    host.oPicture.Move(0, 0, 3, 2);
+    host.oPicture.BackColor = 0xABCDEF;
+    host.oPicture.Cls();
+    source.btm.PaintPicture(host.oPicture.hDC, 0, 0, 0, 0);
+    EXPECT_EQ(host.oPicture.Point(0, 0), 0xABCDEF);
+    source.btm.PaintPicture(host.oPicture.hDC);
+    EXPECT_EQ((std::array{host.oPicture.Point(0, 0), host.oPicture.Point(0, 1), host.oPicture.Point(1, 1)}),
+              (std::array{0x00FF00, 0x0000FF, 0x00FF00}));
+    Engine copy(3, 2);
+    copy.btm.CopyPalette(source.btm);
+    EXPECT_EQ(copy.Colors(3), (std::vector<int32_t>{0, 0xFF, 0xFF00}));
+    Engine loaded(3, 2);
+    loaded.btm.LoadPictureBlt(source.btm.hdc(), 1, 0);
+    EXPECT_EQ(loaded.btm.DIBSectionBitsPtr()[1], 0);  // (2, 1) of the source lies at (1, 1)
+    EXPECT_EQ(loaded.btm.DIBSectionBitsPtr()[0], 2);
+    EXPECT_EQ(loaded.Colors(3), (std::vector<int32_t>{0, 0xFF, 0xFF00}));
+    // A picture of 32 bits has no table: its colours take the nearest grey.
+    Engine fromPicture(1, 1);
+    fromPicture.btm.CreateFromPicture(PictureFromPixels(2, 1, {0xFFFFFFFF, 0xFF000000}));
+    EXPECT_EQ(fromPicture.btm.DibWidth(), 2);
+    EXPECT_EQ(fromPicture.btm.DIBSectionBitsPtr()[0], 255);
+    EXPECT_EQ(fromPicture.btm.DIBSectionBitsPtr()[1], 0);
+    // An 8-bit picture brings its indices and its table.
+    BITMAPINFO info{};
+    info.bmiHeader = BITMAPINFOHEADER{40, 1, 1, 1, 8, BI_RGB, 0, 0, 0, 0, 0};
+    info.bmiColors[9] = RGBQUAD{1, 2, 3, 0};
+    void* pixels = nullptr;
+    auto indexed = std::make_shared<StdPicture>(CreateDIBSection(0, &info, DIB_RGB_COLORS, &pixels), true);
+    static_cast<uint8_t*>(pixels)[0] = 9;
+    fromPicture.btm.CreateFromPicture(indexed);
+    EXPECT_EQ(fromPicture.btm.Color(9), 0x010203);
+    EXPECT_EQ(fromPicture.btm.DIBSectionBitsPtr()[0], 9);
+    EXPECT_THROW(fromPicture.btm.CreateFromPicture(nullptr), RuntimeError);
+}
