@@ -1,15 +1,22 @@
-// quarrin-cli pak, run as a program.
+// quarrin-cli run as a program the way a shell starts it: the pak commands,
+// writes stopped by a full disk, the memory of a listing, names from files on
+// a terminal, and inputs of the wrong kind.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "fixtures/ByteWriter.h"
+#include "fixtures/MeshBuilder.h"
 #include "fixtures/PakBuilder.h"
+#include "fixtures/Programs.h"
+#include "fixtures/RegistryHome.h"
 #include "pak/ZipWrapper.h"
-#include "PakTestSupport.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using fixtures::ReadFile;
 using fixtures::TempDir;
 using fixtures::WriteFile;
@@ -17,57 +24,49 @@ using fixtures::WriteFile;
 class PakCli : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!paktest::ToolBuilt("quarrin-cli")) GTEST_FAIL() << "quarrin-cli is not built in " << QUARRIN_TOOLS_DIR;
-        builder.Imploded("maps\\north.map", std::string(5000, 'n'))
-            .Stored("readme.txt", "plain")
-            .Raw("zz.bin", "\x07\x08", 40);
+        builder.Imploded("maps\\north.map", std::string(5000, 'n')).Stored("readme.txt", "plain").Raw("zz.bin", "\x07\x08", 40);
         WriteFile(pak, builder.Build());
     }
-    int Cli(const std::vector<std::string>& args) {
-        std::vector<std::string> argv{paktest::ToolPath("quarrin-cli"), "pak"};
-        argv.insert(argv.end(), args.begin(), args.end());
-        return paktest::RunCapture(argv, tmp.Path(), output);
+    fixtures::ProgramResult Cli(std::vector<std::string> args, fixtures::RunOptions options = {}) {
+        args.insert(args.begin(), fixtures::ToolPath("quarrin-cli"));
+        if (options.Folder.empty()) options.Folder = tmp.Path();
+        return fixtures::Run(args, options);
     }
+    std::vector<std::string> Names() {
+        std::vector<std::string> names;
+        for (const auto& e : fs::directory_iterator(tmp.Path())) names.push_back(e.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    fixtures::RegistryHome home;
     TempDir tmp;
     std::string pak = tmp / "t.pak";
     fixtures::PakBuilder builder;
-    std::string output;
 };
 
-TEST_F(PakCli, ListGivesTheItemsInDirectoryOrder) {
-    ASSERT_EQ(Cli({"list", pak}), 0) << output;
+TEST_F(PakCli, ListAndSaveGiveWhatTheWindowGives) {
     const auto e = builder.Entries();
-    const std::string expected =
-        "maps\\north.map\t" + std::string(16 - std::to_string(e[0].PackedSize).size(), ' ') +
-        std::to_string(e[0].PackedSize) + "\t            5000\tmap\t" + std::to_string(e[0].Offset) + "\n" +
-        "readme.txt\t               5\t               5\ttxt\t" + std::to_string(e[1].Offset) + "\n" +
-        "zz.bin\t               2\t              40\tbin\t" + std::to_string(e[2].Offset) + "\n";
-    EXPECT_EQ(output, expected);
-}
-
-TEST_F(PakCli, SaveWritesWhatSaveAsWrites) {
+    auto r = Cli({"pak", "list", pak});
+    EXPECT_EQ(r.Output, "maps\\north.map\t" + std::string(16 - std::to_string(e[0].PackedSize).size(), ' ') +
+                            std::to_string(e[0].PackedSize) + "\t            5000\tmap\t" + std::to_string(e[0].Offset) +
+                            "\nreadme.txt\t               5\t               5\ttxt\t" + std::to_string(e[1].Offset) +
+                            "\nzz.bin\t               2\t              40\tbin\t" + std::to_string(e[2].Offset) + "\n");
     FillZipTemplates();
-    ASSERT_EQ(Cli({"save", pak, "1", "north"}), 0) << output;
-    EXPECT_EQ(output, "north.zip\n");
-    std::filesystem::create_directories(tmp / "ref/maps");
-    const auto e = builder.Entries()[0];
-    ASSERT_TRUE(UnpakMember(tmp / "ref/", pak, e.Name, e.PackedSize, e.OriginalSize, e.Offset));
+    fs::create_directories(tmp / "ref/maps");
+    ASSERT_TRUE(UnpakMember(tmp / "ref/", pak, e[0].Name, e[0].PackedSize, e[0].OriginalSize, e[0].Offset));
+    r = Cli({"pak", "save", pak, "1", "north"});
+    EXPECT_EQ(r.Output, "north.zip\n");
     EXPECT_EQ(ReadFile(tmp / "north.zip"), ReadFile(tmp / "ref/maps/north.map.zip"));
-
-    ASSERT_EQ(Cli({"save", pak, "1", "north.dcl", "--bare"}), 0) << output;
+    ASSERT_EQ(Cli({"pak", "save", pak, "1", "north.dcl", "--bare"}).Status, 0);
     EXPECT_EQ(ReadFile(tmp / "north.dcl"), builder.Packed(0));
-
-    // A stored member is its bytes under either choice; an older file is replaced.
-    WriteFile(tmp / "readme.txt", "older and longer");
-    ASSERT_EQ(Cli({"save", pak, "2", "readme.txt", "--bare"}), 0) << output;
+    // A stored member is its bytes under either choice.
+    ASSERT_EQ(Cli({"pak", "save", pak, "2", "readme.txt", "--bare"}).Status, 0);
     EXPECT_EQ(ReadFile(tmp / "readme.txt"), "plain");
 }
 
 TEST_F(PakCli, ErrorsGiveAMessageAndStatusOne) {
     WriteFile(tmp / "not.pak", "hello there, not a pak at all");
-    fixtures::PakBuilder damaged;
-    damaged.Stored("a", "abc").Offset(0, 1000000);
-    WriteFile(tmp / "damaged.pak", damaged.Build());
+    WriteFile(tmp / "damaged.pak", fixtures::PakBuilder().Stored("a", "abc").Offset(0, 1000000).Build());
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{"list", tmp / "not.pak"}, "is not a PAK archive"},
         {{"list", tmp / "missing.pak"}, "cannot be opened"},
@@ -81,11 +80,163 @@ TEST_F(PakCli, ErrorsGiveAMessageAndStatusOne) {
         {{"unknown"}, "unknown pak command"},
         {{}, "usage"},
     };
-    for (const auto& [args, message] : cases) {
-        EXPECT_EQ(Cli(args), 1) << message;
-        EXPECT_NE(output.find(message), std::string::npos) << output;
+    for (auto [args, message] : cases) {
+        args.insert(args.begin(), "pak");
+        const auto r = Cli(args);
+        EXPECT_EQ(r.Status, 1) << message;
+        EXPECT_NE(r.Errors.find(message), std::string::npos) << r.Errors;
     }
-    EXPECT_FALSE(std::filesystem::exists(tmp / "x"));
+    EXPECT_FALSE(fs::exists(tmp / "x"));
+}
+
+// Each writer, stopped by a file size limit standing in for a full disk or
+// refused by the user, leaves an older file as it was and no temporary file;
+// without the limit it replaces the older file whole.
+TEST_F(PakCli, AFailedOrRefusedWriteLeavesTheOldFileWholeAndNoTemporary) {
+    const std::string big(300 * 1024, 'b');
+    WriteFile(tmp / "t.pak", fixtures::PakBuilder().Raw("big.map", big, 900000).Stored("big.txt", big).Build());
+    fixtures::MeshSpec huge;
+    huge.VertexCount = 30000000;  // zero records far past the end: about 270 MB of text
+    WriteFile(tmp / "huge.msh", fixtures::BuildMesh(huge));
+    const struct {
+        std::vector<std::string> args;
+        std::string target, message, whole;  // whole: the file without the limit
+    } cases[] = {
+        {{"pak", "save", "t.pak", "1", "out.zip"}, "out.zip", "could not be written whole", ""},
+        {{"pak", "save", "t.pak", "1", "out.dcl", "--bare"}, "out.dcl", "could not be written whole", big},
+        {{"pak", "save", "t.pak", "2", "out.txt"}, "out.txt", "could not be written whole", big},
+        {{"mesh", "export", "huge.msh", "out.x", "--force"}, "out.x", "could not be written whole", ""},
+        {{"mesh", "export", "huge.msh", "out.x"}, "huge.msh", "271 MB", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args[0] + " " + c.args[1] + " " + c.args.back());
+        const std::string older = "older contents of " + c.args.back();
+        for (const char* name : {"out.zip", "out.dcl", "out.txt", "out.x"}) WriteFile(tmp / name, older);
+        const auto before = Names();
+        const auto r = Cli(c.args, {.FileSizeLimit = c.message == "271 MB" ? RLIM_INFINITY : 100 * 1024});
+        EXPECT_EQ(r.Status, 1) << r.Errors;
+        EXPECT_NE(r.Errors.find(c.target + ": "), std::string::npos) << r.Errors;
+        EXPECT_NE(r.Errors.find(c.message), std::string::npos) << r.Errors;
+        EXPECT_EQ(r.Output, "");
+        for (const char* name : {"out.zip", "out.dcl", "out.txt", "out.x"}) EXPECT_EQ(ReadFile(tmp / name), older) << name;
+        EXPECT_EQ(Names(), before);
+        if (c.args[0] == "mesh") continue;
+        ASSERT_EQ(Cli(c.args).Status, 0);
+        if (!c.whole.empty()) EXPECT_EQ(ReadFile(tmp / c.args[4]), c.whole);
+        if (c.whole.empty()) EXPECT_EQ(fs::file_size(tmp / c.args[4]), ZipWrapperLength(7, big.size()));
+    }
+}
+
+// The whole directory is held as list items, and they take no more than four
+// times the PAK's size, whatever the records hold.
+TEST_F(PakCli, PakListTakesMemoryInProportionToTheFile) {
+    // A PAK of `count` records whose names have `nameLength` bytes; a
+    // directory of empty names is all zeros, so that file is made sparse.
+    auto write = [&](int32_t count, size_t nameLength) {
+        fixtures::ByteWriter w;
+        w.Bytes(fixtures::PakBuilder().MemberCount(count).Build());
+        for (int32_t i = 0; nameLength != 0 && i < count; ++i) {
+            std::string name = std::to_string(i);
+            w.I32(static_cast<int32_t>(nameLength)).Bytes(name.insert(0, nameLength - name.size(), 'n')).I32(i).I32(i % 977).I32(i);
+        }
+        WriteFile(tmp / "big.pak", w.Data());
+        fs::resize_file(tmp / "big.pak", std::max<uintmax_t>(w.Size(), 20 + 16 * static_cast<uintmax_t>(count)));
+        return tmp / "big.pak";
+    };
+    // The lines go nowhere: the measure is the listing's.
+    const fixtures::RunOptions measure{.DiscardOutput = true, .Measure = true};
+    const auto empty = Cli({"pak", "list", write(1, 0)}, measure);
+    ASSERT_EQ(empty.Status, 0) << empty.Errors;
+    for (const auto& [count, nameLength] : {std::pair<int32_t, size_t>{1000000, 0}, {200000, 40}}) {
+        SCOPED_TRACE(std::to_string(count) + " records, names of " + std::to_string(nameLength) + " bytes");
+        const auto size = static_cast<long>(fs::file_size(write(count, nameLength)));
+        const auto r = Cli({"pak", "list", tmp / "big.pak"}, measure);
+        ASSERT_EQ(r.Status, 0) << r.Errors;
+        EXPECT_EQ(r.Errors, "") << "the listing is whole";
+        // Up to a few megabytes of the program's own beside the items.
+        EXPECT_LE(r.PeakKiB - empty.PeakKiB, 4 * size / 1024 + 8 * 1024) << "file of " << size / 1024 << " KiB";
+    }
+}
+
+// Names read from files reach a terminal and error texts with their control
+// bytes as \xNN; a pipe gets their bytes as they stand.
+TEST_F(PakCli, NamesFromFilesAreEscapedOnATerminalAndInErrors) {
+    const std::string hostile = "evil\x1b]0;owned\x07\x1b[2J.t\x1bxt";
+    const std::string shown = "evil\\x1B]0;owned\\x07\\x1B[2J.t\\x1Bxt";
+    WriteFile(tmp / "h.pak", fixtures::PakBuilder().Stored(hostile, "abc").Stored("b\xE9ton.bin", "x").Build());
+    WriteFile(tmp / "far.pak", fixtures::PakBuilder().Stored(hostile, "abc").Offset(0, 0x7FFF0000).Build());
+    fixtures::MeshSpec mesh = fixtures::CubeMesh();
+    mesh.Textures[0].Texts[0] = hostile;
+    WriteFile(tmp / "h.msh", fixtures::BuildMesh(mesh));
+    const struct {
+        std::vector<std::string> args;
+        bool terminal;
+        std::string expected;  // in the output, or for a failure in the error text
+    } cases[] = {
+        {{"pak", "list", "h.pak"}, true, shown + "\t               3\t               3\tt\\x1Bxt\t"},
+        {{"pak", "list", "h.pak"}, true, "b\\xE9ton.bin\t"},
+        {{"pak", "list", "h.pak"}, false, hostile + "\t               3\t               3\tt\x1bxt\t"},
+        {{"mesh", "report", "h.msh"}, true, " a) " + shown + "\r\n"},
+        {{"mesh", "report", "h.msh"}, false, " a) " + hostile + "\r\n"},
+        // An error text escapes a name whatever standard output is.
+        {{"pak", "save", "far.pak", "1", "out"}, false, "member 1 (" + shown + ")"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args[0] + " " + c.args[1] + (c.terminal ? " on a terminal" : " into a pipe"));
+        const auto r = Cli(c.args, {.Terminal = c.terminal});
+        const std::string& text = r.Status == 0 ? r.Output : r.Errors;
+        EXPECT_NE(text.find(c.expected), std::string::npos) << text;
+        if (c.terminal) EXPECT_EQ(r.Output.find_first_of("\x1b\x07"), std::string::npos);
+        EXPECT_EQ(r.Errors.find('\x1b'), std::string::npos);
+    }
+}
+
+// Files of the wrong kind and an unlucky disk: nothing the program reads is
+// changed or lost, nothing hangs, and a failed write is reported as one.
+TEST_F(PakCli, HostileInputs) {
+    const std::string older = "the user's older file, which must survive";
+    fs::create_directory(tmp / "dest");
+    const std::string lineEnd = tmp / "a\r\nDel \"victim.zip\"\r\ncd \"";
+    fs::create_directory(lineEnd);
+    std::string cut = fixtures::ImplodeMember(std::string(5000, 'x'));
+    cut.resize(cut.size() / 2);
+    WriteFile(tmp / "big.pak", fixtures::PakBuilder().Stored("big.bin", std::string(300000, 'b')).Build());
+    WriteFile(tmp / "cut.pak", fixtures::PakBuilder().Raw("x.bin", cut, 5000).Stored("y.txt", "fine").Build());
+    const std::string pipe = tmp / "pipe.pak";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const struct {
+        const char* what;
+        std::vector<std::string> args;
+        rlim_t limit;
+        std::string message;
+    } rows[] = {
+        {"a full disk while a stored member is written", {"quarrin-cli", "pak", "unpak", "big.pak", "dest"}, 100 * 1024,
+         "big.bin: not written"},
+        {"a damaged compressed member", {"quarrin-cli", "pak", "unpak", "cut.pak", "dest", "--run"}, RLIM_INFINITY, ""},
+        {"a destination whose name holds a line end", {"quarrin-cli", "pak", "unpak", "big.pak", lineEnd, "--run"},
+         RLIM_INFINITY, "line end"},
+        {"a named pipe", {"quarrin-cli", "select", pipe}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-cli", "preview", pipe}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-cli", "hex", pipe}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-cli", "pak", "list", pipe}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-cli", "pak", "unpak", pipe, "dest"}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-cli", "mesh", "report", pipe}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-runbat", pipe}, RLIM_INFINITY, ""},
+        {"a named pipe", {"quarrin-pkzip", "-Extract", "pipe.pak"}, RLIM_INFINITY, ""},
+    };
+    for (auto row : rows) {
+        SCOPED_TRACE(std::string(row.what) + ": " + row.args[0] + " " + row.args[1]);
+        for (const char* name : {"big.bin", "x.bin"}) WriteFile(tmp / "dest/" + name, older);
+        row.args[0] = fixtures::ToolPath(row.args[0]);
+        const auto r = fixtures::Run(row.args, {.Folder = tmp.Path(), .FileSizeLimit = row.limit, .TimeoutMs = 10000});
+        EXPECT_EQ(r.Status, row.args[0].ends_with("runbat") ? 2 : 1) << r.Output << r.Errors;
+        EXPECT_NE(r.Errors.find(row.message), std::string::npos) << r.Errors;
+        EXPECT_EQ(ReadFile(tmp / "dest/big.bin") + ReadFile(tmp / "dest/x.bin"), older + older);
+        for (const auto& e : fs::recursive_directory_iterator(tmp.Path()))
+            EXPECT_NE(e.path().filename().string().rfind(".quarrin-", 0), 0u) << e.path();
+    }
+    EXPECT_EQ(ReadFile(tmp / "dest/y.txt"), "fine");
+    EXPECT_TRUE(fs::is_empty(lineEnd));
 }
 
 }  // namespace

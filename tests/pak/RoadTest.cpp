@@ -1,27 +1,32 @@
-// Hostile member names and hostile PAK archives down the whole road: each
-// member cut out, the command file carried out by the runner, and the
-// archiver called on every wrapper.
+// The whole road of Extract, from the window and from quarrin-cli: the
+// members cut out, the wrappers and _unpak_.bat written, the command file
+// carried out by the runner and every wrapper unpacked by the archiver.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <map>
 
-#include "controls/ListView.h"
 #include "fixtures/ByteWriter.h"
 #include "fixtures/PakBuilder.h"
+#include "fixtures/Programs.h"
+#include "fixtures/RegistryHome.h"
+#include "fixtures/ScriptedDialogs.h"
 #include "fixtures/ZipBuilder.h"
 #include "identify/modGlobal.h"
 #include "pak/BatchScript.h"
-#include "identify/IFileHost.h"
-#include "pak/CPAKFile.h"
 #include "pak/MemberPath.h"
 #include "pak/ZipWrapper.h"
-#include "PakTestSupport.h"
-#include "platform/Runtime.h"
+#include "pak/frmScript.h"
+#include "platform/Shell.h"
+#include "shell/frmMain.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using fixtures::ReadFile;
 using fixtures::TempDir;
+using fixtures::ToolPath;
 using fixtures::WriteFile;
 
 std::string Pattern(size_t size, int seed) {
@@ -30,80 +35,99 @@ std::string Pattern(size_t size, int seed) {
     return s;
 }
 
-
-// Every hostile name down the whole road: whatever UnpakMember, the runner
-// and the archiver make of it, nothing lands outside the destination.
-TEST(Road, HostileNamesNeverLeaveTheDestination) {
-    if (!paktest::ToolBuilt("quarrin-runbat") || !paktest::ToolBuilt("quarrin-pkzip"))
-        FAIL() << "quarrin-runbat and quarrin-pkzip must be built in " << QUARRIN_TOOLS_DIR;
+// The Unpak dialog over the PAK previewed in the window, run as the user
+// does: the destination, a choice, "&Ok"; the command file is carried out
+// by the runner and waited for. What the runner says goes into `report`.
+void RunDialog(const std::string& pakPath, const std::string& dest, const std::function<void(frmMain&)>& select,
+               const std::function<void(frmScript&)>& choose, std::string& report, fixtures::ScriptedMessageBoxes& boxes) {
+    frmMain main;
     FillZipTemplates();
-    const std::string data = Pattern(5000, 6);
-    for (const std::string& name : fixtures::HostileNames()) {
-        for (bool imploded : {false, true}) {
-            TempDir sandbox;
-            std::filesystem::create_directories(sandbox / "dest/data");
-            const std::string dest = sandbox.Path() + "/dest/";
-            fixtures::PakBuilder builder;
-            if (imploded)
-                builder.Imploded(name, data);
-            else
-                builder.Stored(name, data);
-            const std::string pakPath = sandbox / "game.pak";
-            WriteFile(pakPath, builder.Build());
-            const fixtures::PakEntry e = builder.Entries()[0];
-            const bool written = UnpakMember(dest, pakPath, name, e.PackedSize, e.OriginalSize, e.Offset);
-            EXPECT_EQ(written, IsSafeMemberName(name) && name.find('\\') == std::string::npos)
-                << "name '" << PrintableLine(name) << "'";
-            std::string script = BatchCdLine(dest) + "\r\n";
-            script += BatchExtractLine(false, paktest::ToolPath("quarrin-pkzip"), name) + "\r\n";
-            script += BatchDelLine(name) + "\r\n";
-            WriteFile(dest + "_unpak_.bat", script);
-            std::string output;
-            paktest::RunCapture({paktest::ToolPath("quarrin-runbat"), dest + "_unpak_.bat"}, dest, output);
-
-            for (const auto& entry : std::filesystem::recursive_directory_iterator(sandbox.Path())) {
-                const std::string p = entry.path().string();
-                EXPECT_TRUE(p == pakPath || p.rfind(sandbox.Path() + "/dest", 0) == 0)
-                    << PrintableLine(p) << " from '" << PrintableLine(name) << "'";
-            }
-            // A line end inside a name splits its command lines, which the
-            // runner then doesn't understand: that wrapper stays as it is.
-            if (written && !(imploded && name.find("\r\n") != std::string::npos)) {
-                EXPECT_EQ(ReadFile(MemberPath(dest, name)), data) << PrintableLine(name) << "\n" << output;
-                EXPECT_FALSE(std::filesystem::exists(MemberPath(dest, name) + ".zip"));
-            }
-        }
-    }
+    g_sPkzipPath = ToolPath("quarrin-pkzip");
+    main.oDir.SetPath(GetFolderName(pakPath));
+    ASSERT_TRUE(main.oFile.Select(GetFileName(pakPath)));
+    main.oFile_DblClick();
+    ASSERT_TRUE(main.ExtractOffered());
+    select(main);
+    frmScript form(main);
+    form.StartCommandFile = [&](const std::string& script, const std::string& folder) {
+        const auto r = fixtures::RunAndCapture({ToolPath("quarrin-runbat"), script}, folder);
+        report += r.Output + r.Errors;
+    };
+    form.Form_Load();
+    form.Form_Activate();
+    form.oDirFld.SetPath(dest);
+    choose(form);
+    form.cmdValidate_Click(1);
+    EXPECT_TRUE(form.IsUnloaded()) << (boxes.Calls.empty() ? "" : boxes.Calls[0].prompt);
+    g_sPkzipPath.clear();
 }
 
-}  // namespace
-
-// ---- Hostile PAK archives, down the whole road ------------------------------
-
-#include <sys/stat.h>
-
-#include "fixtures/RegistryHome.h"
-#include "fixtures/ScriptedDialogs.h"
-#include "pak/frmScript.h"
-#include "platform/Shell.h"
-#include "shell/frmMain.h"
-
-namespace {
-
-namespace fs = std::filesystem;
+TEST(Road, TheDialogTakesTheChosenMembersOutWhole) {
+    const std::map<std::string, std::string> members = {
+        {"readme.txt", "Selvane readme\r\n"}, {"big.bin", std::string(70000, 'q') + "tail"},
+        {"Map.DAT", std::string(3000, '\x01')}, {"notes.txt", std::string(5000, 'n')},
+        {"copy.raw", "stored as is"}, {"a&b;c.plt", std::string(768, '&')},
+        {"quote\"d.seq", std::string(3000, '"')}, {"empty.bin", ""}};
+    TempDir dir;
+    fixtures::PakBuilder pak;
+    for (const auto& [name, bytes] : members) {
+        if (name == "readme.txt" || name == "copy.raw" || name == "empty.bin")
+            pak.Stored(name, bytes);
+        else
+            pak.Imploded(name, bytes);
+    }
+    fs::create_directories(dir / "game");
+    WriteFile(dir / "game/data.pak", pak.Build());
+    struct Row {
+        const char* what;
+        std::function<void(frmMain&)> select;
+        std::function<void(frmScript&)> choose;
+        std::vector<std::string> out;
+    };
+    const std::vector<Row> rows = {
+        {"all files", [](frmMain&) {}, [](frmScript& f) { f.OptSel[0].SetValue(true); },
+         {"Map.DAT", "a&b;c.plt", "big.bin", "copy.raw", "empty.bin", "notes.txt", "quote\"d.seq", "readme.txt"}},
+        // Shown by name: a&b;c.plt, big.bin, copy.raw, empty.bin, Map.DAT, notes.txt, quote"d.seq, readme.txt.
+        {"the selection", [](frmMain& m) {
+             m.oListView.SelectOnly(2);
+             m.oListView.SetSelected(8, true);
+         }, [](frmScript& f) { EXPECT_TRUE(f.OptSel[1].Value()); }, {"big.bin", "readme.txt"}},
+        {"a pattern", [](frmMain&) {}, [](frmScript& f) { f.tSel.SetText("*.TXT"); }, {"notes.txt", "readme.txt"}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        const std::string dest = dir / row.what + "/";
+        fs::create_directories(dest);
+        fixtures::ScriptedMessageBoxes boxes;
+        std::string report;
+        RunDialog(dir / "game/data.pak", dest, row.select, row.choose, report, boxes);
+        EXPECT_TRUE(boxes.Calls.empty());
+        std::vector<std::string> out;
+        for (const auto& e : fs::directory_iterator(dest)) {
+            const std::string name = e.path().filename().string();
+            if (name == "_unpak_.bat") continue;
+            out.push_back(name);
+            EXPECT_TRUE(members.count(name) && members.at(name) == ReadFile(e.path())) << name << report;
+        }
+        std::sort(out.begin(), out.end());
+        EXPECT_EQ(out, row.out);
+        EXPECT_EQ(g_sShortCutPath, dest);
+        const std::string script = ReadFile(dest + "_unpak_.bat");
+        EXPECT_EQ(script.rfind(BatchCdLine(dest) + "\r\n", 0), 0u);
+        EXPECT_NE(script.find(BatchExtractLine(false, ToolPath("quarrin-pkzip"), out[0]) + "\r\n" +
+                              BatchDelLine(out[0]) + "\r\n"), std::string::npos) << script;
+        EXPECT_EQ(script.find("readme.txt"), std::string::npos) << "stored members have no lines";
+    }
+    g_sShortCutPath.clear();
+}
 
 // A sandbox with the game folder, the destination, and an outside folder that
 // every attack aims at.
 struct Sandbox {
     TempDir tmp;
-    std::string game, dest, outside;
+    std::string game = tmp / "game/", dest = tmp / "dest/", outside = tmp / "outside/";
     Sandbox() {
-        fs::create_directories(tmp / "game");
-        fs::create_directories(tmp / "dest");
-        fs::create_directories(tmp / "outside");
-        game = tmp.Path() + "/game/";
-        dest = tmp.Path() + "/dest/";
-        outside = tmp.Path() + "/outside/";
+        for (const auto& d : {game, dest, outside}) fs::create_directories(d);
         WriteFile(outside + "victim.txt", "the user's file");
         WriteFile(outside + "victim.zip", "the user's archive");
     }
@@ -112,16 +136,12 @@ struct Sandbox {
         std::map<std::string, std::string> files;
         for (auto it = fs::recursive_directory_iterator(tmp.Path()); it != fs::recursive_directory_iterator(); ++it) {
             const std::string p = it->path().string();
-            if (p.rfind(dest, 0) == 0 || p + "/" == dest) {
-                if (it->is_directory() && !it->is_symlink()) it.disable_recursion_pending();
-                if (p + "/" != dest) continue;
-            }
+            if (p + "/" == dest) it.disable_recursion_pending();
+            if (p.rfind(dest, 0) == 0 || p + "/" == dest) continue;
             struct stat st {};
-            if (::lstat(p.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
-                files[p] = "(not a file)";
-                continue;
-            }
-            files[p] = ReadFile(p) + "@" + std::to_string(st.st_mtim.tv_sec) + "." + std::to_string(st.st_mtim.tv_nsec);
+            files[p] = ::lstat(p.c_str(), &st) != 0 || !S_ISREG(st.st_mode)
+                           ? "(not a file)"
+                           : ReadFile(p) + "@" + std::to_string(st.st_mtim.tv_sec) + "." + std::to_string(st.st_mtim.tv_nsec);
         }
         return files;
     }
@@ -130,22 +150,18 @@ struct Sandbox {
 // A command file as an attacker writes it: out of the folder, another
 // program, a delete outside, and a line of a fourth kind.
 std::string HostileScript(const Sandbox& s) {
-    return BatchCdLine(s.outside) + "\r\n" +
-           "cmd /c \"bash\" -Extract \"touch " + s.tmp.Path() + "/pwned;#.zip\"\r\n" +
+    return BatchCdLine(s.outside) + "\r\n" + "cmd /c \"bash\" -Extract \"touch " + s.tmp.Path() + "/pwned;#.zip\"\r\n" +
            BatchExtractLine(false, FindProgram("touch"), s.tmp.Path() + "/pwned") + "\r\n" +
-           BatchDelLine(s.outside + "victim") + "\r\n" + BatchDelLine("../outside/victim") + "\r\n" +
-           "rm \"" + s.outside + "victim.txt\"\r\n" + BatchCdLine(s.dest) + "\r\n" + BatchDelLine("..\\outside\\victim") +
-           "\r\n";
+           BatchDelLine(s.outside + "victim") + "\r\n" + BatchDelLine("../outside/victim") + "\r\n" + "rm \"" +
+           s.outside + "victim.txt\"\r\n" + BatchCdLine(s.dest) + "\r\n" + BatchDelLine("..\\outside\\victim") + "\r\n";
 }
 
 struct HostileRow {
-    const char* attack;
+    std::string attack;
     // Adds the attacking members (or plants files) before the honest ones.
     std::function<void(Sandbox&, fixtures::PakBuilder&)> plant;
-    // Unpacks into the PAK's own folder.
-    bool intoGameFolder = false;
-    // The attacking members come behind the honest ones.
-    bool behind = false;
+    bool intoGameFolder = false;  // unpacks into the PAK's own folder
+    bool behind = false;          // the attacking members come behind the honest ones
 };
 
 const std::string kHonestStored = "an honest stored member\r\n";
@@ -153,15 +169,18 @@ const std::string kHonestImploded = Pattern(9000, 7);
 
 std::vector<HostileRow> HostileRows() {
     std::vector<HostileRow> rows;
-    for (const char* name : {"_unpak_.bat", ".\\_unpak_.bat", "./_unpak_.bat", "pkfixed.zip", "pkfixed"}) {
-        for (bool imploded : {false, true}) {
-            rows.push_back({name, [name, imploded](Sandbox& s, fixtures::PakBuilder& b) {
-                                if (imploded)
-                                    b.Imploded(name, HostileScript(s));
-                                else
-                                    b.Stored(name, HostileScript(s));
-                            }});
-        }
+    for (bool imploded : {false, true}) {
+        auto add = [imploded](fixtures::PakBuilder& b, const std::string& name, const std::string& data) {
+            imploded ? b.Imploded(name, data) : b.Stored(name, data);
+        };
+        for (const char* name : {"_unpak_.bat", ".\\_unpak_.bat", "./_unpak_.bat", "pkfixed.zip", "pkfixed"})
+            rows.push_back({name, [name, add](Sandbox& s, fixtures::PakBuilder& b) { add(b, name, HostileScript(s)); }});
+        // Every hostile name: whatever the road makes of it, nothing lands
+        // outside the destination, and a name that is safe comes out whole.
+        rows.push_back({imploded ? "hostile names, imploded" : "hostile names, stored",
+                        [add](Sandbox&, fixtures::PakBuilder& b) {
+                            for (const std::string& name : fixtures::HostileNames()) add(b, name, Pattern(5000, 6));
+                        }});
     }
     rows.push_back({"linked folder and file in the destination", [](Sandbox& s, fixtures::PakBuilder& b) {
                         fs::create_directory_symlink(s.outside, s.dest + "sub");
@@ -171,57 +190,22 @@ std::vector<HostileRow> HostileRows() {
                         b.Stored("victim.txt", "replaces the link, not its target");
                         b.Imploded("packed.bin", Pattern(700, 3));
                     }});
-    rows.push_back({"a member with the PAK's own name", [](Sandbox& s, fixtures::PakBuilder& b) {
-                        b.Stored("game.pak", "overwrites the archive being read");
-                    }, true});
-    rows.push_back({"a compressed member with the PAK's own name", [](Sandbox& s, fixtures::PakBuilder& b) {
-                        b.Imploded("game.pak", Pattern(600, 4));
-                    }, true});
-    rows.push_back({"a stored member in place of an earlier member's wrapper", [](Sandbox& s, fixtures::PakBuilder& b) {
-                        b.Stored("honest.bin.zip",
-                                 fixtures::BuildZip({fixtures::ImplodedEntry("honest.bin", "planted content")}));
+    rows.push_back({"a member with the PAK's own name",
+                    [](Sandbox&, fixtures::PakBuilder& b) { b.Stored("game.pak", "overwrites the archive being read"); }, true});
+    rows.push_back({"a compressed member with the PAK's own name",
+                    [](Sandbox&, fixtures::PakBuilder& b) { b.Imploded("game.pak", Pattern(600, 4)); }, true});
+    rows.push_back({"a stored member in place of an earlier member's wrapper", [](Sandbox&, fixtures::PakBuilder& b) {
+                        b.Stored("honest.bin.zip", fixtures::BuildZip({fixtures::ImplodedEntry("honest.bin", "planted content")}));
                         b.Imploded("honest.bin", "a second member of the same name");
                     }, false, true});
     return rows;
 }
 
-enum class Road { Cli, Dialog };
-
-void RunRoad(Road road, Sandbox& s, const std::string& pakPath, const std::string& dest, std::string& report) {
-    if (road == Road::Cli) {
-        paktest::RunCapture({paktest::ToolPath("quarrin-cli"), "pak", "unpak", pakPath, dest, "--run"}, "/", report);
-        return;
-    }
-    fixtures::ScriptedMessageBoxes boxes;
-    frmMain main;
-    FillZipTemplates();
-    g_sPkzipPath = paktest::ToolPath("quarrin-pkzip");
-    main.oDir.SetPath(GetFolderName(pakPath));
-    ASSERT_TRUE(main.oFile.Select(GetFileName(pakPath)));
-    main.oFile_DblClick();
-    frmScript form(main);
-    form.StartCommandFile = [&](const std::string& script, const std::string& folder) {
-        std::string output;
-        paktest::RunCapture({paktest::ToolPath("quarrin-runbat"), script}, folder, output);
-        report += output;
-    };
-    form.Form_Load();
-    form.Form_Activate();
-    form.oDirFld.SetPath(dest);
-    form.OptSel[0].SetValue(true);
-    form.cmdValidate_Click(1);
-    g_sPkzipPath.clear();
-    g_sShortCutPath.clear();
-}
-
 TEST(Road, HostilePak) {
-    if (!paktest::ToolBuilt("quarrin-runbat") || !paktest::ToolBuilt("quarrin-pkzip") ||
-        !paktest::ToolBuilt("quarrin-cli"))
-        FAIL() << "the tools must be built in " << QUARRIN_TOOLS_DIR;
     fixtures::RegistryHome home;
     for (const HostileRow& row : HostileRows()) {
-        for (Road road : {Road::Cli, Road::Dialog}) {
-            const std::string what = std::string(row.attack) + (road == Road::Cli ? " (quarrin-cli)" : " (dialog)");
+        for (bool cli : {true, false}) {
+            SCOPED_TRACE(row.attack + (cli ? " (quarrin-cli)" : " (dialog)"));
             Sandbox s;
             fixtures::PakBuilder builder;
             if (!row.behind) row.plant(s, builder);
@@ -234,20 +218,30 @@ TEST(Road, HostilePak) {
             const auto before = s.Outside();
 
             std::string report;
-            RunRoad(road, s, pakPath, dest, report);
-
-            // Every honest member is out, whatever came before it.
-            EXPECT_EQ(ReadFile(dest + "honest.txt"), kHonestStored) << what << "\n" << report;
-            EXPECT_EQ(ReadFile(dest + "honest.bin"), kHonestImploded) << what << "\n" << report;
-            // The command file is the program's own.
-            EXPECT_EQ(ReadFile(dest + "_unpak_.bat").rfind(BatchCdLine(dest) + "\r\n", 0), 0u) << what;
-            // No program but the archiver ran, and nothing outside changed.
-            EXPECT_FALSE(fs::exists(s.tmp / "pwned")) << what;
-            if (row.intoGameFolder) {
-                EXPECT_EQ(ReadFile(pakPath), pakBytes) << what;
+            fixtures::ScriptedMessageBoxes boxes;
+            if (cli) {
+                const auto r = fixtures::RunAndCapture({ToolPath("quarrin-cli"), "pak", "unpak", pakPath, dest, "--run"}, "/");
+                report = r.Output + r.Errors;
             } else {
-                EXPECT_EQ(s.Outside(), before) << what << "\n" << report;
+                RunDialog(pakPath, dest, [](frmMain&) {}, [](frmScript& f) { f.OptSel[0].SetValue(true); }, report, boxes);
+                g_sShortCutPath.clear();
             }
+            // Every honest member is out, whatever came before it.
+            EXPECT_EQ(ReadFile(dest + "honest.txt"), kHonestStored) << report;
+            EXPECT_TRUE(ReadFile(dest + "honest.bin") == kHonestImploded) << report;
+            for (const auto& e : builder.Entries()) {
+                if (!row.attack.starts_with("hostile names") || !IsSafeMemberName(e.Name) || e.Name.starts_with("honest")) continue;
+                EXPECT_TRUE(ReadFile(MemberPath(dest, e.Name)) == Pattern(5000, 6)) << PrintableLine(e.Name) << report;
+                EXPECT_FALSE(fs::exists(MemberPath(dest, e.Name) + ".zip")) << PrintableLine(e.Name);
+            }
+            // The command file is the program's own.
+            EXPECT_EQ(ReadFile(dest + "_unpak_.bat").rfind(BatchCdLine(dest) + "\r\n", 0), 0u);
+            // No program but the archiver ran, and nothing outside changed.
+            EXPECT_FALSE(fs::exists(s.tmp / "pwned"));
+            if (row.intoGameFolder)
+                EXPECT_EQ(ReadFile(pakPath), pakBytes);
+            else
+                EXPECT_EQ(s.Outside(), before) << report;
         }
     }
 
@@ -256,12 +250,13 @@ TEST(Road, HostilePak) {
     Sandbox s;
     WriteFile(s.dest + "_unpak_.bat", HostileScript(s));
     const auto before = s.Outside();
-    std::string report;
-    EXPECT_EQ(paktest::RunCapture({paktest::ToolPath("quarrin-runbat"), s.dest + "_unpak_.bat"}, s.dest, report), 1);
+    const auto r = fixtures::RunAndCapture({ToolPath("quarrin-runbat"), s.dest + "_unpak_.bat"}, s.dest);
+    EXPECT_EQ(r.Status, 1);
     EXPECT_FALSE(fs::exists(s.tmp / "pwned"));
-    EXPECT_EQ(s.Outside(), before) << report;
+    EXPECT_EQ(s.Outside(), before) << r.Errors;
+    EXPECT_NE(r.Output.find("[6] rm \"" + s.outside + "victim.txt\"\n    refused"), std::string::npos) << r.Output;
     for (int line : {1, 2, 3, 4, 5, 6, 8})
-        EXPECT_NE(report.find("line " + std::to_string(line) + " refused"), std::string::npos) << line << report;
+        EXPECT_NE(r.Errors.find("line " + std::to_string(line) + " refused"), std::string::npos) << line << r.Errors;
 }
 
 }  // namespace
