@@ -43,31 +43,26 @@ protected:
 
 }  // namespace
 
-TEST_F(ModalForms, OptionsShowsTheSettingsAndOkStoresWhatWasTyped) {
-    g_sPkzipPath = "/old/pkzip";
-    WhenShown([](QDialog& d) {
-        EXPECT_EQ(d.windowTitle(), "Options");
-        auto* path = d.findChild<QLineEdit*>("tPath");
-        ASSERT_NE(path, nullptr);
-        EXPECT_EQ(path->text(), "/old/pkzip");
-        EXPECT_TRUE(d.findChild<QRadioButton*>("optOS_1")->isChecked());
-        path->setText("/usr/bin/quarrin-pkzip");
-        emit path->textEdited(path->text());
-        d.findChild<QPushButton*>("cmdValidate_1")->click();
-    });
-    ShowModalFormView(main, "frmOpt", nullptr);
-    EXPECT_EQ(g_sPkzipPath, "/usr/bin/quarrin-pkzip");
-    EXPECT_TRUE(std::filesystem::exists(home.UserFile()));
-}
-
-TEST_F(ModalForms, EscapeInOptionsStoresNothing) {
-    WhenShown([](QDialog& d) {
-        d.findChild<QLineEdit*>("tPath")->setText("/changed");
-        d.reject();
-    });
-    ShowModalFormView(main, "frmOpt", nullptr);
-    EXPECT_EQ(g_sPkzipPath, "");
-    EXPECT_FALSE(std::filesystem::exists(home.UserFile()));
+// Options shows the settings; Ok stores what was typed, Escape nothing.
+TEST_F(ModalForms, OptionsOkStoresWhatWasTypedAndEscapeNothing) {
+    for (const bool ok : {true, false}) {
+        SCOPED_TRACE(ok);
+        g_sPkzipPath = "/old/pkzip";
+        WhenShown([ok](QDialog& d) {
+            EXPECT_EQ(d.windowTitle(), "Options");
+            auto* path = d.findChild<QLineEdit*>("tPath");
+            ASSERT_NE(path, nullptr);
+            EXPECT_EQ(path->text(), "/old/pkzip");
+            EXPECT_TRUE(d.findChild<QRadioButton*>("optOS_1")->isChecked());
+            path->setText("/usr/bin/quarrin-pkzip");
+            emit path->textEdited(path->text());
+            ok ? d.findChild<QPushButton*>("cmdValidate_1")->click() : d.reject();
+        });
+        ShowModalFormView(main, "frmOpt", nullptr);
+        EXPECT_EQ(g_sPkzipPath, ok ? "/usr/bin/quarrin-pkzip" : "/old/pkzip");
+        EXPECT_EQ(std::filesystem::exists(home.UserFile()), ok);
+        std::filesystem::remove(home.UserFile());
+    }
 }
 
 TEST_F(ModalForms, UnpakWithoutTheArchiverSaysSoAndCloses) {

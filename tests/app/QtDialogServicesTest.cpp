@@ -25,6 +25,8 @@
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
 #include "fixtures/ByteWriter.h"
+#include "fixtures/ErrorOf.h"
+#include "fixtures/ScriptedDialogs.h"
 #include "platform/Runtime.h"
 #include "winsupport/cCommonDialog.h"
 
@@ -117,43 +119,32 @@ TEST(QtFileDialogs, TheUsersChoiceComesBackAsPathAndFilterIndex) {
     EXPECT_FALSE(service.Show(SaveRequest(dir.Path())).accepted);
 }
 
-TEST(QtMessageBoxes, StyleBitsChooseButtonsIconAndDefault) {
+TEST(QtMessageBoxes, StyleBitsChooseButtonsIconAndDefaultAndTheButtonClickedIsTheAnswer) {
     QtMessageBoxService service;
     auto box = service.Build("Replace caf\xE9?", vbYesNoCancel | vbQuestion | 256, "");
-    EXPECT_EQ(box->windowTitle(), QStringLiteral("Quarrin"));
-    EXPECT_EQ(box->text(), QStringLiteral("Replace caf\u00E9?"));
-    EXPECT_EQ(box->icon(), QMessageBox::Question);
-    EXPECT_EQ(box->standardButtons(), QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-    EXPECT_EQ(static_cast<QAbstractButton*>(box->defaultButton()), box->button(QMessageBox::No));
+    EXPECT_EQ(box->windowTitle() + " " + box->text(), QStringLiteral("Quarrin Replace caf\u00E9?"));
     EXPECT_EQ(box->escapeButton(), box->button(QMessageBox::Cancel));
-
-    struct Case {
+    using B = QMessageBox;
+    const struct {
         int32_t style;
         QMessageBox::StandardButtons buttons;
         QMessageBox::Icon icon;
-        QMessageBox::StandardButton first;
+        QMessageBox::StandardButton byDefault;
     } cases[] = {
-        {vbOKOnly | vbCritical, QMessageBox::Ok, QMessageBox::Critical, QMessageBox::Ok},
-        {vbOKCancel | vbExclamation, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Warning, QMessageBox::Ok},
-        {vbAbortRetryIgnore, QMessageBox::Abort | QMessageBox::Retry | QMessageBox::Ignore, QMessageBox::NoIcon,
-         QMessageBox::Abort},
-        {vbYesNo | vbInformation, QMessageBox::Yes | QMessageBox::No, QMessageBox::Information, QMessageBox::Yes},
-        {vbRetryCancel, QMessageBox::Retry | QMessageBox::Cancel, QMessageBox::NoIcon, QMessageBox::Retry},
+        {vbYesNoCancel | vbQuestion | 256, B::Yes | B::No | B::Cancel, B::Question, B::No},
+        {vbOKOnly | vbCritical, B::Ok, B::Critical, B::Ok},
+        {vbOKCancel | vbExclamation, B::Ok | B::Cancel, B::Warning, B::Ok},
+        {vbAbortRetryIgnore, B::Abort | B::Retry | B::Ignore, B::NoIcon, B::Abort},
+        {vbYesNo | vbInformation, B::Yes | B::No, B::Information, B::Yes},
+        {vbRetryCancel, B::Retry | B::Cancel, B::NoIcon, B::Retry},
+        {vbOKOnly | 512, B::Ok, B::NoIcon, B::Ok},  // a default beyond the style's buttons: the first
     };
     for (const auto& c : cases) {
         auto b = service.Build("x", c.style, "Title");
         EXPECT_EQ(b->standardButtons(), c.buttons) << c.style;
         EXPECT_EQ(b->icon(), c.icon) << c.style;
-        EXPECT_EQ(b->windowTitle(), QStringLiteral("Title"));
-        EXPECT_EQ(static_cast<QAbstractButton*>(b->defaultButton()), b->button(c.first)) << c.style;
+        EXPECT_EQ(static_cast<QAbstractButton*>(b->defaultButton()), b->button(c.byDefault)) << c.style;
     }
-    // A default button beyond the style's buttons falls back to the first.
-    auto b = service.Build("x", vbOKOnly | 512, "");
-    EXPECT_EQ(static_cast<QAbstractButton*>(b->defaultButton()), b->button(QMessageBox::Ok));
-}
-
-TEST(QtMessageBoxes, TheButtonClickedIsTheAnswer) {
-    QtMessageBoxService service;
     WhenShown<QMessageBox>([](QMessageBox* b) { b->button(QMessageBox::No)->click(); });
     EXPECT_EQ(service.Show("Replace?", vbYesNo, ""), vbNo);
     WhenShown<QMessageBox>([](QMessageBox* b) { b->button(QMessageBox::Retry)->click(); });
@@ -167,11 +158,8 @@ namespace {
 
 // Installs a Qt file dialog service and the other dialogs' for one test.
 struct QtServices {
-    QtServices() : previous(GetFileDialogService()) { SetFileDialogService(&files); }
-    ~QtServices() { SetFileDialogService(previous); }
-    QtFileDialogService files;
+    fixtures::Installed<QtFileDialogService, GetFileDialogService, SetFileDialogService> files;
     QtDialogServices others;
-    IFileDialogService* previous;
 };
 
 QPushButton* AcceptButton(QFileDialog* dialog) {
@@ -269,13 +257,7 @@ TEST(QtFileDialogs, AFailureInAHandlerEndsTheQtDialog) {
         ASSERT_NE(types, nullptr);
         QTest::keyClick(types, Qt::Key_Down);
     });
-    int32_t number = 0;
-    try {
-        dlg.ShowOpen();
-    } catch (const RuntimeError& e) {
-        number = e.Number;
-    }
-    EXPECT_EQ(number, vbErrInvalidCall);
+    EXPECT_EQ(fixtures::ErrorOf([&] { dlg.ShowOpen(); }).Number, vbErrInvalidCall);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
@@ -306,22 +288,15 @@ TEST(QtFontDialogs, TheRequestedFontGoesInAndTheChoiceComesBack) {
     const QFont f = QtFontDialogService::FontOf(r);
     EXPECT_EQ(f.family(), QStringLiteral("DejaVu Sans"));
     EXPECT_DOUBLE_EQ(f.pointSizeF(), 12.5);
-    EXPECT_EQ(f.weight(), QFont::Bold);
-    EXPECT_TRUE(f.italic());
-    EXPECT_TRUE(f.underline());
-    EXPECT_FALSE(f.strikeOut());
+    EXPECT_TRUE(f.weight() == QFont::Bold && f.italic() && f.underline() && !f.strikeOut());
     auto dialog = QtFontDialogService::Build(r);
     EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
     EXPECT_TRUE(dialog->testOption(QFontDialog::MonospacedFonts));
     EXPECT_FALSE(dialog->testOption(QFontDialog::ScalableFonts));
 
     const FontDialogAnswer a = QtFontDialogService::Answer(f, r);
-    EXPECT_TRUE(a.accepted);
-    EXPECT_EQ(a.faceName, "DejaVu Sans");
-    EXPECT_EQ(a.pointSize, 125);
-    EXPECT_EQ(a.weight, FW_BOLD);
-    EXPECT_TRUE(a.italic);
-    EXPECT_TRUE(a.underline);
+    EXPECT_TRUE(a.accepted && a.italic && a.underline);
+    EXPECT_EQ(a.faceName + " " + std::to_string(a.pointSize) + " " + std::to_string(a.weight), "DejaVu Sans 125 700");
     EXPECT_EQ(a.color, 0x123456u);  // Qt's dialog has no colour: it comes back as it went
 }
 
@@ -360,9 +335,7 @@ TEST(QtPrintDialogs, PaperTurnAndMarginsGoInAndComeBack) {
     EXPECT_FALSE(dialog->testOption(QAbstractPrintDialog::PrintToFile));
     EXPECT_EQ(dialog->maxPage(), 9);
     const PrintDialogAnswer answer = QtPrintDialogService::Answer(second, p);
-    EXPECT_EQ(answer.copies, 3);
-    EXPECT_TRUE(answer.collate);
-    EXPECT_EQ(answer.range, PrintRange::PageNumbers);
-    EXPECT_EQ(answer.fromPage, 2);
-    EXPECT_EQ(answer.toPage, 4);
+    EXPECT_TRUE(answer.collate && answer.range == PrintRange::PageNumbers);
+    EXPECT_EQ(std::to_string(answer.copies) + " " + std::to_string(answer.fromPage) + "-" + std::to_string(answer.toPage),
+              "3 2-4");
 }

@@ -13,37 +13,34 @@
 #include "platform/Runtime.h"
 #include "platform/Windows.h"
 
-namespace {
-
-QKeyEvent Key(int key, Qt::KeyboardModifiers modifiers = {}, const QString& text = {}) {
-    return QKeyEvent(QEvent::KeyPress, key, modifiers, text);
-}
-
-}  // namespace
-
-TEST(KeyCodesTest, GivesTheVirtualKeysThatTheReportPaneTests) {
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_PageUp)), 33);
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_PageDown)), 34);
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_End)), 35);
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_Home)), 36);
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_Down)), 40);
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_Q, {}, "q")), 'Q');
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_F5)), 116);
-    EXPECT_EQ(KeyCodes::VirtualKey(Key(Qt::Key_Eject)), 0);
+// The virtual keys that the report pane tests, and the code page character
+// of a typed key: characters outside the code page, keys without text, and
+// Tab type nothing. -1: not asked.
+TEST(KeyCodesTest, GivesTheVirtualKeyAndTheCodePageCharacter) {
+    const std::tuple<int, Qt::KeyboardModifiers, QString, int, int> keys[] = {
+        {Qt::Key_PageUp, {}, {}, 33, 0},
+        {Qt::Key_PageDown, {}, {}, 34, 0},
+        {Qt::Key_End, {}, {}, 35, 0},
+        {Qt::Key_Home, {}, {}, 36, 0},
+        {Qt::Key_Down, {}, {}, 40, 0},
+        {Qt::Key_Q, {}, "q", 'Q', -1},
+        {Qt::Key_F5, {}, {}, 116, 0},
+        {Qt::Key_Eject, {}, {}, 0, 0},
+        {Qt::Key_Return, {}, "\r", -1, 13},
+        {Qt::Key_Enter, Qt::KeypadModifier, "\r", -1, 13},
+        {Qt::Key_A, Qt::ShiftModifier, "A", -1, 'A'},
+        {Qt::Key_Eacute, {}, QStringLiteral("\u00E9"), -1, 0xE9},
+        {Qt::Key_unknown, {}, QStringLiteral("\u20AC"), -1, 0x80},
+        {Qt::Key_unknown, {}, QStringLiteral("\u0142"), -1, 0},
+        {Qt::Key_Tab, {}, "\t", -1, 0},
+    };
+    for (const auto& [key, modifiers, text, virtualKey, ascii] : keys) {
+        const QKeyEvent e(QEvent::KeyPress, key, modifiers, text);
+        if (virtualKey >= 0) EXPECT_EQ(KeyCodes::VirtualKey(e), virtualKey) << key;
+        if (ascii >= 0) EXPECT_EQ(KeyCodes::KeyAscii(e), ascii) << key;
+    }
     EXPECT_EQ(KeyCodes::ShiftState(Qt::ShiftModifier | Qt::AltModifier), 5);
     EXPECT_EQ(KeyCodes::ShiftState(Qt::ControlModifier), 2);
-}
-
-TEST(KeyCodesTest, GivesTheCodePageCharacterOfATypedKey) {
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_Return, {}, "\r")), 13);
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_Enter, Qt::KeypadModifier, "\r")), 13);
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_A, Qt::ShiftModifier, "A")), 'A');
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_Eacute, {}, QStringLiteral("\u00E9"))), 0xE9);
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_unknown, {}, QStringLiteral("\u20AC"))), 0x80);
-    // Characters outside the code page, keys without text, and Tab type nothing.
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_unknown, {}, QStringLiteral("\u0142"))), 0);
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_PageDown)), 0);
-    EXPECT_EQ(KeyCodes::KeyAscii(Key(Qt::Key_Tab, {}, "\t")), 0);
 }
 
 TEST(UnitsTest, ShowsTwipsAtFifteenToThePixel) {

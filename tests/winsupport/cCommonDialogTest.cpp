@@ -2,15 +2,13 @@
 
 #include <functional>
 
+#include "fixtures/ErrorOf.h"
 #include "fixtures/ScriptedDialogs.h"
-#include "winsupport/WinsupportTestSupport.h"
-#include "identify/modGlobal.h"
 #include "platform/Runtime.h"
 #include "winsupport/cCommonDialog.h"
 
+using fixtures::ErrorOf;
 using fixtures::ScriptedFileDialogs;
-
-using winsupporttest::Raised;
 
 namespace {
 
@@ -23,36 +21,37 @@ protected:
     cCommonDialog dlg;
 };
 
-
 }  // namespace
 
-TEST(FilterText, BarsAndColonsBecomeZeros) {
-    EXPECT_EQ(GCommonDialog::PlatformFilter("Direct X Model (*.x)|*.x"),
-              std::string("Direct X Model (*.x)\0*.x\0\0", 26));
-    EXPECT_EQ(GCommonDialog::PlatformFilter("Scan: all|*.*"), std::string("Scan\0 all\0*.*\0\0", 15));
-    EXPECT_EQ(GCommonDialog::PlatformFilter(""), std::string("\0\0", 2));
+TEST(FilterText, BarsAndColonsBecomeZerosAndEntriesAndTitlesAreFound) {
+    const std::pair<std::string, std::string> filters[] = {
+        {"Direct X Model (*.x)|*.x", std::string("Direct X Model (*.x)\0*.x\0\0", 26)},
+        {"Scan: all|*.*", std::string("Scan\0 all\0*.*\0\0", 15)},
+        {"", std::string("\0\0", 2)},
+    };
+    for (const auto& [text, platform] : filters) EXPECT_EQ(GCommonDialog::PlatformFilter(text), platform) << text;
     EXPECT_EQ(GCommonDialog::PlatformFilter(std::string(32767, 'a')).size(), 32769u);
-    EXPECT_EQ(Raised([] { GCommonDialog::PlatformFilter(std::string(32768, 'a')); }).Number, 6);
-}
+    EXPECT_EQ(ErrorOf([] { GCommonDialog::PlatformFilter(std::string(32768, 'a')); }).Number, 6);
 
-TEST(FilterText, EntriesAreFoundByIndex) {
-    const std::string text("Pak\0*.pak\0All\0*.*\0\0", 19);
-    EXPECT_EQ(GCommonDialog::FilterEntry(text, 1), std::string("Pak\0*.pak", 9));
-    EXPECT_EQ(GCommonDialog::FilterEntry(text, 2), std::string("All\0*.*", 7));
-    EXPECT_EQ(GCommonDialog::FilterEntry("", 1), "");
-    EXPECT_EQ(GCommonDialog::FilterEntry("no zero at all", 1), "");
-    // A last pattern without its zero runs to the end of the text.
-    EXPECT_EQ(GCommonDialog::FilterEntry(std::string("A\0*.a", 5), 1), std::string("A\0*.a", 5));
-    EXPECT_EQ(GCommonDialog::FilterEntry(std::string("A\0*.a", 5), 2), "");
-    EXPECT_EQ(GCommonDialog::FilterEntry(text, 0), "");
-    EXPECT_EQ(GCommonDialog::FilterEntry(text, -1), "");
-    EXPECT_EQ(GCommonDialog::FilterEntry(text, 9), "");
+    const std::string two("Pak\0*.pak\0All\0*.*\0\0", 19);
+    const std::string open("A\0*.a", 5);  // a last pattern without its zero runs to the end
+    const std::tuple<std::string, int32_t, std::string> entries[] = {
+        {two, 1, std::string("Pak\0*.pak", 9)}, {two, 2, std::string("All\0*.*", 7)}, {two, 0, ""}, {two, -1, ""},
+        {two, 9, ""}, {"", 1, ""}, {"no zero at all", 1, ""}, {open, 1, open}, {open, 2, ""},
+    };
+    for (const auto& [text, index, entry] : entries) EXPECT_EQ(GCommonDialog::FilterEntry(text, index), entry) << index;
+    const std::pair<std::string, std::string> titles[] = {
+        {"/games/data/world.pak", "world.pak"}, {"world.pak", "world.pak"}, {"/games/data/", ""}, {"/games/*.pak", ""},
+        {"/games/w?rld.pak", ""}, {"/" + std::string(259, 'n'), std::string(259, 'n')},
+        {"/" + std::string(260, 'n'), ""},  // no room for its zero
+    };
+    for (const auto& [path, title] : titles) EXPECT_EQ(cCommonDialog().Dialog().VBGetFileTitle(path), title) << path;
     EXPECT_EQ(GCommonDialog::CutAtZero(std::string("abc\0def", 7)), "abc");
     EXPECT_EQ(GCommonDialog::CutAtZero("whole"), "whole");
 }
 
 TEST_F(FileDialog, TheChooserGetsWhatTheCallerSet) {
-    user.Choose("/games/data/world.pak", 1);
+    user.Choose("/games/data/world.pak", 1).Cancel();
     dlg.SetFilter("Pak Files (*.pak)|*.pak|All Files (*.*)|*.*");
     dlg.SetFilterIndex(2);
     dlg.SetDialogTitle("Open a PAK");
@@ -63,113 +62,94 @@ TEST_F(FileDialog, TheChooserGetsWhatTheCallerSet) {
     dlg.ShowOpen();
     ASSERT_EQ(user.Requests.size(), 1u);
     const FileDialogRequest& r = user.Requests[0];
-    EXPECT_FALSE(r.save);
     EXPECT_EQ(r.filters, (Pairs{{"Pak Files (*.pak)", "*.pak"}, {"All Files (*.*)", "*.*"}}));
+    EXPECT_EQ(r.title + " " + r.initialDir + " " + r.fileName, "Open a PAK /games/data start.pak");
     EXPECT_EQ(r.filterIndex, 2);
-    EXPECT_EQ(r.title, "Open a PAK");
-    EXPECT_EQ(r.initialDir, "/games/data");
-    EXPECT_EQ(r.fileName, "start.pak");
     EXPECT_EQ(r.hwndOwner, 4242);
-    EXPECT_TRUE(r.fileMustExist);
-    EXPECT_TRUE(r.hideReadOnly);
-    EXPECT_FALSE(r.multiSelect);
-
-    EXPECT_EQ(dlg.Filename(), "/games/data/world.pak");
+    EXPECT_EQ(std::vector<bool>({r.save, r.fileMustExist, r.hideReadOnly, r.multiSelect}),
+              std::vector<bool>({false, true, true, false}));
     EXPECT_EQ(dlg.FileTitle(), "world.pak");
-    EXPECT_EQ(dlg.FilterIndex(), 1);
     // Filter now holds the chosen pair, its parts split by a zero character.
     EXPECT_EQ(dlg.Filter(), std::string("Pak Files (*.pak)\0*.pak", 23));
     EXPECT_TRUE(dlg.IsFileDialog());
+
+    // A direct caller opens one file that must exist; a colon splits a name.
+    OpenFileNameArgs args;
+    args.Filter = "Models: meshes|*.msh";
+    dlg.Dialog().VBGetOpenFileName(args);
+    EXPECT_EQ(user.Requests.at(1).filters, (Pairs{{"Models", " meshes"}, {"*.msh", ""}}));
+    EXPECT_TRUE(user.Requests[1].fileMustExist);
+    EXPECT_FALSE(user.Requests[1].multiSelect);
 }
 
-TEST_F(FileDialog, AColonInAFilterNameSplitsIt) {
-    user.Cancel();
-    dlg.SetFilter("Models: meshes|*.msh");
-    dlg.ShowOpen();
-    EXPECT_EQ(user.Requests.at(0).filters, (Pairs{{"Models", " meshes"}, {"*.msh", ""}}));
-}
-
-TEST_F(FileDialog, OpenCorrectsAFilterIndexOfZeroAndSaveDoesNot) {
-    user.Cancel().Cancel();
-    dlg.SetFilter("A|*.a|B|*.b");
-    dlg.SetFilterIndex(0);
-    dlg.ShowOpen();
-    EXPECT_EQ(user.Requests.at(0).filterIndex, 1);
-    EXPECT_EQ(dlg.FilterIndex(), -1);  // a cancelled open
-    dlg.SetFilter("A|*.a|B|*.b");
-    dlg.SetFilterIndex(0);
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.FilterIndex(), 0);  // a cancelled save
+// What comes back: the name, with the chosen pattern's extension on a save,
+// the filter index and the default extension. A choice of "" cancels, "*"
+// accepts the proposed name "model.msh" in "/out".
+TEST(FileDialogAnswer, ComesBackInTheProperties) {
+    struct Row {
+        bool save;
+        std::string filter;
+        int32_t filterIndex;
+        std::string choice;
+        int32_t chosenIndex;
+        std::string got;  // Filename, FilterIndex, DefaultExt
+    };
+    const std::string pak = "Pak Files (*.pak)|*.pak", x = "Direct X Model (*.x)|*.x";
+    const Row rows[] = {
+        {false, pak, 1, "/games/data/world.pak", 1, "/games/data/world.pak 1 ."},
+        {true, pak, 1, "/out/archive", 1, "/out/archive.pak 1 .pak"},
+        {true, pak, 1, "/out/ARCHIVE.PAK", 1, "/out/ARCHIVE.PAK 1 .pak"},  // the comparison ignores case
+        {true, x, 1, "*", 1, "/out/model.msh.x 1 .x"},                     // after it all
+        {true, x, 1, "/out/mox", 1, "/out/mox 1 .x"},  // a name that merely ends in the letter gets nothing
+        {true, "All (*.*)|*.*", 1, "/out/plain", 1, "/out/plain 1 ."},
+        {true, pak + "|Raw stream (*.dcl)|*.dcl", 1, "/out/member", 2, "/out/member.dcl 2 .dcl"},
+        {false, "A|*.a|B|*.b", 0, "", 0, " -1 ."},  // a cancelled open corrects index 0
+        {true, "A|*.a|B|*.b", 0, "", 0, " 0 ."},    // a cancelled save does not
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.got);
+        ScriptedFileDialogs user;
+        row.choice.empty() ? user.Cancel() : row.choice == "*" ? user.AcceptProposed() : user.Choose(row.choice, row.chosenIndex);
+        cCommonDialog d;
+        d.SetFilter(row.filter);
+        d.SetFilterIndex(row.filterIndex);
+        d.SetFilename("model.msh");
+        d.SetInitDir("/out");
+        row.save ? d.ShowSave() : d.ShowOpen();
+        EXPECT_EQ(d.Filename() + " " + std::to_string(d.FilterIndex()) + " ." + d.DefaultExt(), row.got);
+        EXPECT_EQ(user.Requests.at(0).filterIndex, std::max(row.filterIndex, 1));
+        // The save dialog always hides the read-only box, and prompts as the flags say.
+        EXPECT_EQ(user.Requests[0].hideReadOnly, row.save);
+        EXPECT_FALSE(user.Requests[0].overwritePrompt);
+    }
 }
 
 TEST_F(FileDialog, ACancelRaisesOnlyWhenAsked) {
     user.Cancel();
     dlg.SetFilter("Pak Files (*.pak)|*.pak");
-    dlg.SetFilename("proposed.pak");
     dlg.Setflags(OFN_OVERWRITEPROMPT);
     dlg.ShowSave();
-    EXPECT_EQ(dlg.Filename(), "");
-    EXPECT_EQ(dlg.Filter(), "");
+    EXPECT_EQ(dlg.Filename() + dlg.Filter(), "");
     EXPECT_EQ(dlg.flags(), 0);
 
     dlg.SetCancelError(true);
-    RuntimeError e = Raised([&] { dlg.ShowOpen(); });  // the queue is empty: a cancel
+    RuntimeError e = ErrorOf([&] { dlg.ShowOpen(); });  // the queue is empty: a cancel
     EXPECT_EQ(e.Number, 20001);
     EXPECT_EQ(e.Source, "quarrin.cCommonDialog");
     EXPECT_EQ(e.Description, "User selected cancel.");
-    e = Raised([&] { dlg.ShowSave(); });
-    EXPECT_EQ(e.Number, 20001);
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowSave(); }).Number, 20001);
     EXPECT_EQ(dlg.Dialog().APIReturn(), 0);
     EXPECT_EQ(dlg.Dialog().ExtendedError(), 0);
-}
-
-TEST_F(FileDialog, WithoutAServiceEveryDialogIsCancelled) {
+    // Without a service every dialog is cancelled.
     SetFileDialogService(nullptr);
-    dlg.SetCancelError(true);
     dlg.SetFilename("x");
-    EXPECT_EQ(Raised([&] { dlg.ShowOpen(); }).Number, 20001);
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 20001);
     EXPECT_EQ(dlg.Filename(), "");
     SetFileDialogService(&user);
-}
-
-TEST_F(FileDialog, SaveAppendsTheChosenPatternsExtension) {
-    dlg.SetFilter("Pak Files (*.pak)|*.pak");
-    user.Choose("/out/archive");
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.Filename(), "/out/archive.pak");
-    EXPECT_EQ(dlg.DefaultExt(), "pak");
-
-    // Upper case matches: the comparison ignores case.
-    dlg.SetFilter("Pak Files (*.pak)|*.pak");
-    user.Choose("/out/ARCHIVE.PAK");
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.Filename(), "/out/ARCHIVE.PAK");
-
-    // The proposed name accepted as it stands gets the extension after it all.
-    dlg.SetFilter("Direct X Model (*.x)|*.x");
-    dlg.SetFilename("model.msh");
-    dlg.SetInitDir("/out");
-    user.AcceptProposed();
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.Filename(), "/out/model.msh.x");
-    EXPECT_EQ(dlg.DefaultExt(), "x");
-    EXPECT_EQ(dlg.Filter(), std::string("Direct X Model (*.x)\0*.x", 24));
-    // The save dialog always hides the read-only box, and prompts as the flags say.
-    EXPECT_TRUE(user.Requests.back().hideReadOnly);
-    EXPECT_FALSE(user.Requests.back().overwritePrompt);
-
-    // A name that merely ends in the letter gets nothing: the test has no point.
-    dlg.SetFilter("Direct X Model (*.x)|*.x");
-    user.Choose("/out/mox");
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.Filename(), "/out/mox");
-
-    // "*.*" leaves no extension to append.
-    dlg.SetFilter("All (*.*)|*.*");
-    user.Choose("/out/plain");
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.Filename(), "/out/plain");
-    EXPECT_EQ(dlg.DefaultExt(), "");
+    // A chosen path too long for the buffer is a cancel.
+    user.Choose("/" + std::string(300, 'p'));
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 20001);
+    EXPECT_EQ(CommDlgExtendedError(), FNERR_BUFFERTOOSMALL);
 }
 
 TEST_F(FileDialog, TheLastExtensionGoesToTheNextDialog) {
@@ -183,39 +163,19 @@ TEST_F(FileDialog, TheLastExtensionGoesToTheNextDialog) {
     EXPECT_EQ(dlg.DefaultExt(), "bmp");
 }
 
-TEST_F(FileDialog, TheSecondFilterOfASaveIsTheOneUsed) {
-    dlg.SetFilter("Pak Files (*.pak)|*.pak|Raw stream (*.dcl)|*.dcl");
-    user.Choose("/out/member", 2);
-    dlg.ShowSave();
-    EXPECT_EQ(dlg.FilterIndex(), 2);
-    EXPECT_EQ(dlg.Filename(), "/out/member.dcl");
-}
-
 TEST_F(FileDialog, ANameLongerThanTheBufferFailsBeforeTheDialog) {
     dlg.SetFilename(std::string(261, 'n'));
-    RuntimeError e = Raised([&] { dlg.ShowSave(); });
-    EXPECT_EQ(e.Number, 5);
-    e = Raised([&] { dlg.ShowOpen(); });
-    EXPECT_EQ(e.Number, 5);
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowSave(); }).Number, 5);
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 5);
     EXPECT_TRUE(user.Requests.empty());
-    // Exactly the buffer's length still opens the dialog.
-    user.Cancel();
+    // Exactly the buffer's length still opens the dialog, and multi-select has the larger buffer.
     dlg.SetFilename(std::string(260, 'n'));
     dlg.ShowSave();
     EXPECT_EQ(user.Requests.at(0).fileName, std::string(260, 'n'));
-    // Multi-select has the larger buffer.
-    user.Cancel();
     dlg.SetFilename(std::string(261, 'n'));
     dlg.Setflags(OFN_ALLOWMULTISELECT);
     dlg.ShowOpen();
     EXPECT_EQ(user.Requests.size(), 2u);
-}
-
-TEST_F(FileDialog, AChosenPathTooLongForTheBufferIsACancel) {
-    user.Choose("/" + std::string(300, 'p'));
-    dlg.SetCancelError(true);
-    EXPECT_EQ(Raised([&] { dlg.ShowOpen(); }).Number, 20001);
-    EXPECT_EQ(CommDlgExtendedError(), FNERR_BUFFERTOOSMALL);
 }
 
 TEST_F(FileDialog, ReadOnlyComesBackInTheFlags) {
@@ -223,15 +183,13 @@ TEST_F(FileDialog, ReadOnlyComesBackInTheFlags) {
     dlg.SetFilter("Pak|*.pak");
     dlg.Setflags(OFN_HIDEREADONLY | OFN_ENABLEHOOK | OFN_ENABLETEMPLATE);
     dlg.ShowOpen();
-    EXPECT_EQ(dlg.flags() & OFN_READONLY, static_cast<int32_t>(OFN_READONLY));
     // A caller's hook and template bits are not passed on.
-    EXPECT_EQ(dlg.flags() & (OFN_ENABLEHOOK | OFN_ENABLETEMPLATE), 0);
+    EXPECT_EQ(dlg.flags() & (OFN_READONLY | OFN_ENABLEHOOK | OFN_ENABLETEMPLATE), static_cast<int32_t>(OFN_READONLY));
 }
 
 TEST_F(FileDialog, MultiSelectGivesTheWholeBufferToParse) {
     user.ChooseMany({"/games/data/a.pak", "/games/data/b.pak"});
     dlg.Setflags(OFN_ALLOWMULTISELECT);
-    dlg.SetFilter("Pak|*.pak");
     dlg.ShowOpen();
     EXPECT_TRUE(user.Requests.at(0).multiSelect);
     EXPECT_EQ(dlg.Filename().size(), 8192u);
@@ -244,41 +202,40 @@ TEST_F(FileDialog, MultiSelectGivesTheWholeBufferToParse) {
     EXPECT_EQ(files, (std::vector<std::string>{"kept", "a.pak", "b.pak"}));
 }
 
-TEST_F(FileDialog, ParseMultiFileNameOnSinglePaths) {
-    std::string folder = "old";
-    std::vector<std::string> files{"x", "y"};
-    int32_t count = 2;
-    dlg.SetFilename("/games/data/world.pak");
-    dlg.ParseMultiFileName(folder, files, count);
-    EXPECT_EQ(folder, "/games/data");
-    EXPECT_EQ(files, (std::vector<std::string>{"world.pak"}));
-    EXPECT_EQ(count, 1);
-
-    dlg.SetFilename("bare.pak");
-    dlg.ParseMultiFileName(folder, files, count);
-    EXPECT_EQ(folder, "");
-    EXPECT_EQ(files, (std::vector<std::string>{"bare.pak"}));
-
-    // A separator that is the first character does not count.
-    dlg.SetFilename("/root.pak");
-    dlg.ParseMultiFileName(folder, files, count);
-    EXPECT_EQ(folder, "");
-    EXPECT_EQ(files, (std::vector<std::string>{"/root.pak"}));
-
-    // A list with one path: it is the last piece and goes to the files.
-    dlg.SetFilename(std::string("/d/one.pak\0\0", 12));
-    folder.clear();
-    files.clear();
-    count = 0;
-    dlg.ParseMultiFileName(folder, files, count);
-    EXPECT_EQ(folder, "");
-    EXPECT_EQ(files, (std::vector<std::string>{"/d/one.pak"}));
-    // A folder already given takes no piece.
-    dlg.SetFilename(std::string("/d\0a\0b\0\0", 8));
-    folder = "/given";
-    files.clear();
-    count = 0;
-    dlg.ParseMultiFileName(folder, files, count);
-    EXPECT_EQ(folder, "/given");
-    EXPECT_EQ(files, (std::vector<std::string>{"/d", "a", "b"}));
+// A single path splits at its last separator, but not at the first character.
+// The list form has pieces between single zeros, ended by two zeros: the
+// first is the folder unless one is given, and the last piece is always a
+// file, also when it is the only one.
+TEST(MultiFileName, SplitsAPathOrAList) {
+    using Names = std::vector<std::string>;
+    struct Row {
+        std::string buffer, folderBefore;
+        Names filesBefore;
+        std::string folder;
+        Names files;
+    };
+    const Row rows[] = {
+        {"/games/data/world.pak", "old", {"x", "y"}, "/games/data", {"world.pak"}},
+        {"bare.pak", "old", {}, "", {"bare.pak"}},
+        {"/root.pak", "", {}, "", {"/root.pak"}},
+        {std::string("/d/one.pak\0\0", 12), "", {}, "", {"/d/one.pak"}},
+        {std::string("/d\0a\0b\0\0", 8), "/given", {}, "/given", {"/d", "a", "b"}},
+        {std::string("\0\0", 2), "", {"kept"}, "", {"kept", ""}},
+        {std::string("\0\0", 2), "/given", {"kept"}, "/given", {"kept", ""}},
+        {std::string("\0\0junk", 6), "", {"kept"}, "", {"kept", ""}},
+        {std::string("/d\0a\0\0", 6), "", {"kept"}, "/d", {"kept", "a"}},
+        {std::string("\0a\0\0", 4), "", {"kept"}, "", {"kept", "a"}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.buffer);
+        cCommonDialog dlg;
+        dlg.SetFilename(row.buffer);
+        std::string folder = row.folderBefore;
+        Names files = row.filesBefore;
+        int32_t count = static_cast<int32_t>(files.size());
+        dlg.ParseMultiFileName(folder, files, count);
+        EXPECT_EQ(folder, row.folder);
+        EXPECT_EQ(files, row.files);
+        EXPECT_EQ(count, static_cast<int32_t>(row.files.size()));
+    }
 }
