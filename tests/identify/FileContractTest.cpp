@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <type_traits>
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/MeshBuilder.h"
@@ -23,51 +24,33 @@ namespace {
 using fixtures::TempDir;
 using fixtures::WriteFile;
 
-// What each class is handed and answers. Size is -2 for a class without the
-// contract's Width and Height.
+// What each class is handed and answers; CBINFile has no Width and Height.
+struct Expected {
+    std::string file, information;
+    bool takesForeign;
+    int32_t width, height;
+};
 template <typename T>
-struct Traits;
-
+Expected For();
 template <>
-struct Traits<CBINFile> {
-    static std::string File() { return "any bytes at all"; }
-    static std::string Information() { return "bin"; }
-    static constexpr bool kTakesForeign = true;
-    static constexpr int32_t kWidth = -2, kHeight = -2;
-};
+Expected For<CBINFile>() { return {"any bytes at all", "bin", true, 0, 0}; }
 template <>
-struct Traits<CMeshFile> {
-    static std::string File() {
-        fixtures::MeshSpec m;
-        m.Vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
-        m.Polygons = {{0, 1, 2}};
-        return fixtures::BuildMesh(m);
-    }
-    static std::string Information() { return "Mesh File"; }
-    static constexpr bool kTakesForeign = false;
-    static constexpr int32_t kWidth = -1, kHeight = -1;
-};
+Expected For<CMeshFile>() {
+    fixtures::MeshSpec m;
+    m.Vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    m.Polygons = {{0, 1, 2}};
+    return {fixtures::BuildMesh(m), "Mesh File", false, -1, -1};
+}
 template <>
-struct Traits<CPAKFile> {
-    static std::string File() { return fixtures::PakBuilder().Stored("A.TXT", "abc").Build(); }
-    static std::string Information() { return "DCL Imploding Packed File"; }
-    static constexpr bool kTakesForeign = false;
-    static constexpr int32_t kWidth = -1, kHeight = -1;
-};
+Expected For<CPAKFile>() {
+    return {fixtures::PakBuilder().Stored("A.TXT", "abc").Build(), "DCL Imploding Packed File", false, -1, -1};
+}
 template <>
-struct Traits<CBtm> {
-    static std::string File() { return fixtures::GradientBtm(5, 3, 2); }
-    static std::string Information() { return "PPlanarBitmap : 5x3 (2 Bytes/Pixel)"; }
-    static constexpr bool kTakesForeign = false;
-    static constexpr int32_t kWidth = 5, kHeight = 3;
-};
+Expected For<CBtm>() { return {fixtures::GradientBtm(5, 3, 2), "PPlanarBitmap : 5x3 (2 Bytes/Pixel)", false, 5, 3}; }
 template <>
-struct Traits<CPLTFile> {
-    static std::string File() { return fixtures::PaletteFile(fixtures::RainbowPalette()); }
-    static std::string Information() { return "Planar Bitmap Palette"; }
-    static constexpr bool kTakesForeign = true;
-    static constexpr int32_t kWidth = 256, kHeight = 3;
-};
+Expected For<CPLTFile>() {
+    return {fixtures::PaletteFile(fixtures::RainbowPalette()), "Planar Bitmap Palette", true, 256, 3};
+}
 
 template <typename T>
 class FileContract : public ::testing::Test {
@@ -88,23 +71,24 @@ TYPED_TEST(FileContract, RefusesWhatItCannotOpenAndShowsNothingUnbound) {
     }
     const std::string foreign = this->dir / "foreign.bin";
     WriteFile(foreign, std::string(64, '\x5A'));
-    EXPECT_EQ(object.Initialize(foreign, 0, &this->host.oListView), Traits<TypeParam>::kTakesForeign);
+    EXPECT_EQ(object.Initialize(foreign, 0, &this->host.oListView), For<TypeParam>().takesForeign);
 }
 
 TYPED_TEST(FileContract, BindsOnceAndKeepsItsStateForTheSamePath) {
+    const Expected expected = For<TypeParam>();
     const std::string path = this->dir / "file.bin";
-    WriteFile(path, Traits<TypeParam>::File());
+    WriteFile(path, expected.file);
     TypeParam object(this->host);
     ASSERT_TRUE(object.Initialize(path, 0, &this->host.oListView));
-    EXPECT_EQ(object.Information(), Traits<TypeParam>::Information());
-    if constexpr (Traits<TypeParam>::kWidth != -2) {
-        EXPECT_EQ(object.Width(), Traits<TypeParam>::kWidth);
-        EXPECT_EQ(object.Height(), Traits<TypeParam>::kHeight);
+    EXPECT_EQ(object.Information(), expected.information);
+    if constexpr (!std::is_same_v<TypeParam, CBINFile>) {
+        EXPECT_EQ(object.Width(), expected.width);
+        EXPECT_EQ(object.Height(), expected.height);
     }
     // The object holds its own handle: the same path needs no file at all.
     std::remove(path.c_str());
     EXPECT_TRUE(object.Initialize(path, 0, &this->host.oListView));
-    EXPECT_EQ(object.Information(), Traits<TypeParam>::Information());
+    EXPECT_EQ(object.Information(), expected.information);
 }
 
 }  // namespace

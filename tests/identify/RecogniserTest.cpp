@@ -44,42 +44,37 @@ TEST(Recogniser, NamesEachFileByItsHeadAndOffersWhatItsRowSays) {
     FileHost host;
     CNerhaltFiles files{GameFileClasses(host)};
     struct Row {
-        const char* name;   // "." is the folder itself
-        const char* bytes;  // none: no such file
-        size_t size;
+        const char* name;  // "." is the folder itself; "missing" is no file
+        std::string bytes;
         bool answer;
         const char *information, *extension;
         bool show, save, hide, object;
     };
-    const std::string pak = fixtures::PakBuilder().Stored("A.TXT", "abc").Build();
-    const std::string heads[] = {
-        Head(0x6E71, 0x00553C98, 60), Head(0x6E71, 0x0289FCF5, 8), Head(0x6E71, 0x12345678, 8),
-        Head(0x6E71, 0x00ABCDEF),     Head(0x6E71, 7),              Head(0x6E71, 0xFFFFFFFF),
-        Head(0x6E72, 0x04023750, 100), Head(0x00016E71, 0x0289FCF5), Head(0x6E71, 0x0289FCF5)};
     const Row rows[] = {
         // The flags are the row's, whatever the mesh class says of the file.
-        {"a.msh", heads[0].data(), heads[0].size(), false, "", "msh", true, true, true, true},
-        {"tile", heads[1].data(), heads[1].size(), true, "FlatTile", "ftl", false, false, true, false},
+        {"a.msh", Head(0x6E71, 0x00553C98, 60), false, "", "msh", true, true, true, true},
+        {"tile", Head(0x6E71, 0x0289FCF5, 8), true, "FlatTile", "ftl", false, false, true, false},
         // The same path again reads nothing.
-        {"tile", "garbage!", 8, true, "FlatTile", "ftl", false, false, true, false},
-        {"b", heads[2].data(), heads[2].size(), true, "Unknow Nerhalt's File (0x12345678)", "", false, false, true, false},
-        {"c", heads[3].data(), heads[3].size(), true, "Unknow Nerhalt's File (0xABCDEF)", "", false, false, true, false},
-        {"d", heads[4].data(), heads[4].size(), true, "Unknow Nerhalt's File (0x7)", "", false, false, true, false},
-        {"e", heads[5].data(), heads[5].size(), true, "Unknow Nerhalt's File (0xFFFFFFFF)", "", false, false, true, false},
+        {"tile", "garbage!", true, "FlatTile", "ftl", false, false, true, false},
+        {"b", Head(0x6E71, 0x12345678, 8), true, "Unknow Nerhalt's File (0x12345678)", "", false, false, true, false},
+        {"c", Head(0x6E71, 0x00ABCDEF), true, "Unknow Nerhalt's File (0xABCDEF)", "", false, false, true, false},
+        {"d", Head(0x6E71, 7), true, "Unknow Nerhalt's File (0x7)", "", false, false, true, false},
+        {"e", Head(0x6E71, 0xFFFFFFFF), true, "Unknow Nerhalt's File (0xFFFFFFFF)", "", false, false, true, false},
         // Only the exact bytes 71 6E 00 00 sign a game file.
-        {"pic", heads[6].data(), heads[6].size(), false, "Unknow File", "btm", true, true, true, false},
-        {"hi", heads[7].data(), heads[7].size(), false, "Unknow File", "ftl", false, false, true, false},
-        {"seven", heads[8].data(), 7, false, "FlatTile", "ftl", false, false, true, false},
-        {"empty", "", 0, false, "FlatTile", "ftl", false, false, true, false},
-        {"data.pak", pak.data(), pak.size(), true, "DCL Imploding Packed File", "pak", true, true, false, true},
-        {"missing", nullptr, 0, false, "DCL Imploding Packed File", "pak", true, true, false, true},
-        {".", nullptr, 0, false, "DCL Imploding Packed File", "pak", true, true, false, true},
+        {"pic", Head(0x6E72, 0x04023750, 100), false, "Unknow File", "btm", true, true, true, false},
+        {"hi", Head(0x00016E71, 0x0289FCF5), false, "Unknow File", "ftl", false, false, true, false},
+        {"seven", Head(0x6E71, 0x0289FCF5).substr(0, 7), false, "FlatTile", "ftl", false, false, true, false},
+        {"empty", "", false, "FlatTile", "ftl", false, false, true, false},
+        {"data.pak", fixtures::PakBuilder().Stored("A.TXT", "abc").Build(), true, "DCL Imploding Packed File", "pak",
+         true, true, false, true},
+        {"missing", "", false, "DCL Imploding Packed File", "pak", true, true, false, true},
+        {".", "", false, "DCL Imploding Packed File", "pak", true, true, false, true},
     };
     const int32_t handles = OpenHandleCount();
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const std::string path = std::string(row.name) == "." ? dir.Path() : dir / row.name;
-        if (row.bytes) WriteFile(path, std::string(row.bytes, row.size));
+        if (std::string(row.name) != "missing" && std::string(row.name) != ".") WriteFile(path, row.bytes);
         EXPECT_EQ(files.Initialize(path, 0, &host.oListView), row.answer);
         EXPECT_EQ(files.Information(), row.information);
         EXPECT_EQ(files.Extension(), row.extension);
@@ -141,7 +136,7 @@ TEST(PrintFile, WritesLinesEndedByCrLfAndReportsFailures) {
 
 namespace {
 
-// A class in charge whose binding fails the way each case says.
+// An object whose binding raises as told: 1 a run-time error, 2 out of memory.
 class FailingObject : public CNerhaltFile {
 public:
     explicit FailingObject(int kind) : kind_(kind) {}
@@ -155,44 +150,30 @@ private:
     int kind_;
 };
 
-class FailingRecogniser : public CNerhaltFiles {
-public:
-    int Kind = 0;      // 0 binds, 1 raises, 2 runs out of memory
-    bool NoObject = false;  // the object itself can't be made
-
-protected:
-    std::unique_ptr<CNerhaltFile> CreateFileObject(int32_t) override {
-        if (NoObject) throw std::bad_alloc();
-        return std::make_unique<FailingObject>(Kind);
-    }
-};
-
 }  // namespace
 
 TEST(RecogniserFailures, ArePassedOverAndTheAnswerKeptIsTheNewOne) {
     TempDir dir;
-    const std::string good = dir / "good.pak";
-    const std::string bad = dir / "bad.pak";
+    const std::string good = dir / "good.pak", bad = dir / "bad.pak";
     WriteFile(good, Head(0x6E71, 0x097DD4D3, 12));
     WriteFile(bad, Head(0x6E71, 0x097DD4D3, 12));
-    struct Case { int kind; bool noObject; bool hasObject; };
-    const Case cases[] = {{1, false, true}, {2, false, true}, {0, true, false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.kind);
-        FailingRecogniser files;
+    int kind = 0;  // 3: the object itself can't be made
+    CNerhaltFiles files{[&](int32_t) -> std::unique_ptr<CNerhaltFile> {
+        if (kind == 3) throw std::bad_alloc();
+        return std::make_unique<FailingObject>(kind);
+    }};
+    for (int failing : {1, 2, 3}) {
+        SCOPED_TRACE(failing);
+        kind = 0;
         ASSERT_TRUE(files.Initialize(good, 0, nullptr));
-        files.Kind = c.kind;
-        files.NoObject = c.noObject;
+        kind = failing;
         bool answer = true;
         EXPECT_NO_THROW(answer = files.Initialize(bad, 0, nullptr));
         // Without an object the head alone answers; a failed binding is false.
-        EXPECT_EQ(answer, !c.hasObject);
-        EXPECT_EQ(files.FileObject() != nullptr, c.hasObject);
+        EXPECT_EQ(answer, failing == 3);
+        EXPECT_EQ(files.FileObject() != nullptr, failing != 3);
         EXPECT_EQ(files.Name(), "DCL Imploding Packed File");
         // The same path again answers what the failed call answered.
         EXPECT_EQ(files.Initialize(bad, 0, nullptr), answer);
-        files.Kind = 0;
-        files.NoObject = false;
-        EXPECT_TRUE(files.Initialize(good, 0, nullptr));
     }
 }
