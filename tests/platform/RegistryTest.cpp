@@ -165,13 +165,13 @@ TEST(RegistryHives, HandWrittenFilesAreReadLeniently) {
         "\"spaced\"=\"replaced\"\r\n");
     DWORD type = 0;
     std::string data;
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\A", "Spaced", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, std::string("replaced\0", 9));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\A", "Cont", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, "\x01\x02\x03\x04");
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\A", "Upper", type, data), ERROR_SUCCESS);
-    EXPECT_EQ(data, Dword(0xFFFFFFFF));
-    ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\A", "Later", type, data), ERROR_SUCCESS);
+    const std::pair<const char*, std::string> read[] = {
+        {"Spaced", std::string("replaced\0", 9)}, {"Cont", "\x01\x02\x03\x04"}, {"Upper", Dword(0xFFFFFFFF)},
+        {"Later", std::string("y\0", 2)}};
+    for (const auto& [name, bytes] : read) {
+        ASSERT_EQ(Query(HKEY_CURRENT_USER, "Software\\A", name, type, data), ERROR_SUCCESS) << name;
+        EXPECT_EQ(data, bytes) << name;
+    }
     for (const char* missing : {"Bad", "Broken", "Unclosed", "Lost"})
         EXPECT_EQ(Query(HKEY_CURRENT_USER, "Software\\A", missing, type, data), ERROR_FILE_NOT_FOUND) << missing;
     HKEY h = 0;
