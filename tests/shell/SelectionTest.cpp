@@ -1,38 +1,9 @@
 #include <iterator>
 
-#include "fixtures/GameFiles.h"
-#include "fixtures/MeshBuilder.h"
-#include "fixtures/PakBuilder.h"
 #include "fixtures/ScriptedDialogs.h"
 #include "shell/Browser.h"
 
-namespace {
-
-class Selection : public Browser {
-protected:
-    void SetUp() override {
-        const std::string tile = fixtures::GameFile(fixtures::kIdFlatTile, std::string(24, '\1'));
-        for (const char* name : {"tile.ftl", "game.txt", "signed.wav"}) Add(name, tile);
-        Add("odd.bin", fixtures::GameFile(0x00C0FFEE, std::string(24, '\1')));
-        Add("notes.txt", "first line\r\nsecond line\r\n");
-        Add("level.MvLst", "a\r\n");
-        Add("sound.wav", "RIFF....WAVEfmt ");
-        Add("plain.dat", "just some bytes");
-        Add("empty.dat", "");
-        Add("cube.msh", fixtures::BuildMesh(fixtures::CubeMesh(fixtures::MeshKind::Msh)));
-        Add("cube.amh", fixtures::BuildMesh(fixtures::CubeMesh(fixtures::MeshKind::Amh)));
-        fixtures::MeshSpec mixed = fixtures::CubeMesh(fixtures::MeshKind::Msh);
-        mixed.KindId = fixtures::kAmhKindId;
-        Add("mixed.msh", fixtures::BuildMesh(mixed));
-        fixtures::PakBuilder pak;
-        pak.Stored("b.txt", "hello").Imploded("a\\c.bin", std::string(4000, 'z')).Stored("n", "");
-        Add("data.pak", pak.Build());
-        Add("six.btm", fixtures::GradientBtm(6, 4));
-        Add("rainbow.plt", fixtures::PaletteFile(fixtures::RainbowPalette()));
-    }
-};
-
-}  // namespace
+using Selection = Browser;
 
 // Applied in order to one window: each selection takes the offers of the one
 // before away, and a text file leaves the report as the file before left it.
@@ -64,6 +35,11 @@ TEST_F(Selection, NamesTheFileDecidesTheOffersAndShowsTheHexDump) {
         {"data.pak", fkGame, "DCL Imploding Packed File", "pak", false, true, true, "71 6E 00 00 D3 D4 7D 09 "},
         {"six.btm", fkGame, "PPlanarBitmap : 6x4 (1 Bytes/Pixel)", "btm", false, true, true, "71 6E "},
         {"rainbow.plt", fkGame, "Planar Bitmap Palette", "plt", false, true, true, "71 6E 00 00 F5 CE 82 06 "},
+        {"bars.bmp", fkPicture, "BMP Picture 12x7", "bmp", false, true, true, "42 4D "},
+        {"grad.gif", fkPicture, "GIF Picture 12x7", "gif", false, true, true, "47 49 46 "},
+        {"photo.jpg", fkPicture, "JPG Picture 12x7", "jpg", false, true, true, "FF D8 "},
+        {"grad.tga", fkPicture, "TGA Bitmap : 12x7 (24 Bits/Pixel)", "tga", false, true, true, "00 00 02 "},
+        {"nomark.jpg", fkPicture, "JPG Picture ", "jpg", false, false, true, "FF D8 "},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -78,7 +54,7 @@ TEST_F(Selection, NamesTheFileDecidesTheOffersAndShowsTheHexDump) {
         EXPECT_EQ(form.oVScroll.Visible(), row.bar);
         EXPECT_EQ(Report(report.size()), report);
     }
-    EXPECT_EQ(form.oFile.ListCount(), 15);
+    EXPECT_EQ(form.oFile.ListCount(), 20);
 }
 
 TEST_F(Selection, PreviewShowsWhatTheSelectionFound) {
@@ -86,17 +62,23 @@ TEST_F(Selection, PreviewShowsWhatTheSelectionFound) {
         const char* name;    // none: Enter before any selection
         const char* report;  // the start of tReport; none: as it stood
         bool bar, list, save, extract;
-        int32_t width, height, x, y, index;  // oPicture's size, and the palette index at x, y
+        int32_t width, height, x, y;  // oPicture's size, and where to look for the colour
+        uint32_t colour;
     };
     const Row rows[] = {
         {nullptr, "kept", false, false, true, false, 249, 161, -1, 0, 0},
         {"notes.txt", "first line\r\nsecond line\r\n", false, false, false, false, 249, 161, -1, 0, 0},
         {"cube.msh", "Objects:\t1\r", false, false, true, false, 249, 161, -1, 0, 0},
-        {"six.btm", nullptr, true, false, true, false, 6, 4, 5, 0, 127},
-        {"rainbow.plt", nullptr, true, false, false, false, 256, 3, 200, 2, 200},
+        {"six.btm", nullptr, true, false, true, false, 6, 4, 5, 0, Rainbow(127)},
+        {"rainbow.plt", nullptr, true, false, false, false, 256, 3, 200, 2, Rainbow(200)},
         // Without a picture size the pane keeps the one it had.
         {"tile.ftl", nullptr, true, false, false, false, 256, 3, -1, 0, 0},
-        {"data.pak", nullptr, true, true, true, true, 256, 3, -1, 0, 0},
+        // The loader draws the common pictures, our own decoder the TGA.
+        {"bars.bmp", nullptr, true, false, false, false, 12, 7, 11, 6, kPatternCorner},
+        {"grad.gif", nullptr, true, false, true, false, 12, 7, 11, 6, kPatternCorner},
+        {"photo.jpg", nullptr, true, false, true, false, 12, 7, 11, 6, kPatternCorner},
+        {"grad.tga", nullptr, true, false, true, false, 12, 7, 11, 6, tgaCorner},
+        {"data.pak", nullptr, true, true, true, true, 12, 7, -1, 0, 0},
     };
     form.tReport.SetText("kept");
     int16_t key = 'a';
@@ -120,7 +102,7 @@ TEST_F(Selection, PreviewShowsWhatTheSelectionFound) {
         EXPECT_EQ(form.ExtractOffered(), row.extract);
         EXPECT_EQ(form.oPicture.Bounds().Width, row.width);
         EXPECT_EQ(form.oPicture.Bounds().Height, row.height);
-        if (row.x >= 0) EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(row.x, row.y)), Rainbow(row.index));
+        if (row.x >= 0) EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(row.x, row.y)), row.colour);
         EXPECT_EQ(form.screen.MousePointer(), 0);
     }
     ASSERT_EQ(form.oListView.Count(), 3);
