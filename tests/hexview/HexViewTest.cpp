@@ -4,6 +4,7 @@
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
 #include "identify/IFileHost.h"
+#include "platform/Runtime.h"
 
 using fixtures::TempDir;
 using fixtures::WriteFile;
@@ -75,6 +76,19 @@ TEST_F(BinFile, ANewFileGoesBackToTheFirstPageAndTheSamePathChangesNothing) {
     // A file that can't be opened leaves the pane alone.
     EXPECT_FALSE(bin.Initialize(dir / "missing", 0, nullptr));
     EXPECT_FALSE(bin.Show(0));
+    EXPECT_EQ(form.tReport.Text().substr(0, 3), "62 ");
+}
+
+TEST_F(BinFile, AScrollDuringARepaintEndsOnThePageTheBarStandsOn) {
+    WriteFile(dir / "f", std::string(256, 'a') + std::string(256, 'b'));
+    ASSERT_TRUE(bin.Initialize(dir / "f", 0, nullptr));
+    bool moved = false;
+    SetDoEventsHook([&] {
+        if (!moved) form.oVScroll.SetValue(1);
+        moved = true;
+    });
+    bin.Show(0);
+    SetDoEventsHook({});
     EXPECT_EQ(form.tReport.Text().substr(0, 3), "62 ");
 }
 

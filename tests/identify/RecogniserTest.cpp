@@ -51,12 +51,15 @@ TEST(Recogniser, NamesEachFileByItsHeadAndOffersWhatItsRowSays) {
         bool show, save, hide, object;
     };
     const Row rows[] = {
-        // The flags are the row's, whatever the mesh class says of the file.
+        // Nothing read yet: no signature.
+        {"missing", "", false, "Unknow File", "", false, false, true, false},
+        // The flags are the row's, whatever the mesh class says of the file,
+        // and an unknown id takes them away again.
         {"a.msh", Head(0x6E71, 0x00553C98, 60), false, "", "msh", true, true, true, true},
+        {"b", Head(0x6E71, 0x12345678, 8), true, "Unknow Nerhalt's File (0x12345678)", "", false, false, true, false},
         {"tile", Head(0x6E71, 0x0289FCF5, 8), true, "FlatTile", "ftl", false, false, true, false},
         // The same path again reads nothing.
         {"tile", "garbage!", true, "FlatTile", "ftl", false, false, true, false},
-        {"b", Head(0x6E71, 0x12345678, 8), true, "Unknow Nerhalt's File (0x12345678)", "", false, false, true, false},
         {"c", Head(0x6E71, 0x00ABCDEF), true, "Unknow Nerhalt's File (0xABCDEF)", "", false, false, true, false},
         {"d", Head(0x6E71, 7), true, "Unknow Nerhalt's File (0x7)", "", false, false, true, false},
         {"e", Head(0x6E71, 0xFFFFFFFF), true, "Unknow Nerhalt's File (0xFFFFFFFF)", "", false, false, true, false},
@@ -67,6 +70,8 @@ TEST(Recogniser, NamesEachFileByItsHeadAndOffersWhatItsRowSays) {
         {"empty", "", false, "FlatTile", "ftl", false, false, true, false},
         {"data.pak", fixtures::PakBuilder().Stored("A.TXT", "abc").Build(), true, "DCL Imploding Packed File", "pak",
          true, true, false, true},
+        // A failed open leaves the object of the file before, and its answer stands.
+        {"missing", "", false, "DCL Imploding Packed File", "pak", true, true, false, true},
         {"missing", "", false, "DCL Imploding Packed File", "pak", true, true, false, true},
         {".", "", false, "DCL Imploding Packed File", "pak", true, true, false, true},
     };
@@ -166,6 +171,7 @@ TEST(RecogniserFailures, ArePassedOverAndTheAnswerKeptIsTheNewOne) {
         SCOPED_TRACE(failing);
         kind = 0;
         ASSERT_TRUE(files.Initialize(good, 0, nullptr));
+        EXPECT_FALSE(files.SaveAs() || files.Show(0));  // the contract's own bodies
         kind = failing;
         bool answer = true;
         EXPECT_NO_THROW(answer = files.Initialize(bad, 0, nullptr));
