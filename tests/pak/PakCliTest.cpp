@@ -44,49 +44,13 @@ protected:
     fixtures::PakBuilder builder;
 };
 
-TEST_F(PakCli, ListAndSaveGiveWhatTheWindowGives) {
+TEST_F(PakCli, ListGivesTheItemsInDirectoryOrder) {
     const auto e = builder.Entries();
-    auto r = Cli({"pak", "list", pak});
-    EXPECT_EQ(r.Output, "maps\\north.map\t" + std::string(16 - std::to_string(e[0].PackedSize).size(), ' ') +
-                            std::to_string(e[0].PackedSize) + "\t            5000\tmap\t" + std::to_string(e[0].Offset) +
-                            "\nreadme.txt\t               5\t               5\ttxt\t" + std::to_string(e[1].Offset) +
-                            "\nzz.bin\t               2\t              40\tbin\t" + std::to_string(e[2].Offset) + "\n");
-    FillZipTemplates();
-    fs::create_directories(tmp / "ref/maps");
-    ASSERT_TRUE(UnpakMember(tmp / "ref/", pak, e[0].Name, e[0].PackedSize, e[0].OriginalSize, e[0].Offset));
-    r = Cli({"pak", "save", pak, "1", "north"});
-    EXPECT_EQ(r.Output, "north.zip\n");
-    EXPECT_EQ(ReadFile(tmp / "north.zip"), ReadFile(tmp / "ref/maps/north.map.zip"));
-    ASSERT_EQ(Cli({"pak", "save", pak, "1", "north.dcl", "--bare"}).Status, 0);
-    EXPECT_EQ(ReadFile(tmp / "north.dcl"), builder.Packed(0));
-    // A stored member is its bytes under either choice.
-    ASSERT_EQ(Cli({"pak", "save", pak, "2", "readme.txt", "--bare"}).Status, 0);
-    EXPECT_EQ(ReadFile(tmp / "readme.txt"), "plain");
-}
-
-TEST_F(PakCli, ErrorsGiveAMessageAndStatusOne) {
-    WriteFile(tmp / "not.pak", "hello there, not a pak at all");
-    WriteFile(tmp / "damaged.pak", fixtures::PakBuilder().Stored("a", "abc").Offset(0, 1000000).Build());
-    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-        {{"list", tmp / "not.pak"}, "is not a PAK archive"},
-        {{"list", tmp / "missing.pak"}, "cannot be opened"},
-        {{"list", tmp.Path()}, "is a folder"},
-        {{"list"}, "takes one PATH"},
-        {{"save", pak, "4", "x"}, "there is no member 4"},
-        {{"save", pak, "0", "x"}, "there is no member 0"},
-        {{"save", pak, "one", "x"}, "INDEX must be"},
-        {{"save", pak, "2", tmp / "no/such/folder/x"}, "could not be written"},
-        {{"save", tmp / "damaged.pak", "1", "x"}, "beyond the end"},
-        {{"unknown"}, "unknown pak command"},
-        {{}, "usage"},
-    };
-    for (auto [args, message] : cases) {
-        args.insert(args.begin(), "pak");
-        const auto r = Cli(args);
-        EXPECT_EQ(r.Status, 1) << message;
-        EXPECT_NE(r.Errors.find(message), std::string::npos) << r.Errors;
-    }
-    EXPECT_FALSE(fs::exists(tmp / "x"));
+    EXPECT_EQ(Cli({"pak", "list", pak}).Output,
+              "maps\\north.map\t" + std::string(16 - std::to_string(e[0].PackedSize).size(), ' ') +
+                  std::to_string(e[0].PackedSize) + "\t            5000\tmap\t" + std::to_string(e[0].Offset) +
+                  "\nreadme.txt\t               5\t               5\ttxt\t" + std::to_string(e[1].Offset) +
+                  "\nzz.bin\t               2\t              40\tbin\t" + std::to_string(e[2].Offset) + "\n");
 }
 
 // Each writer, stopped by a file size limit standing in for a full disk or
@@ -122,7 +86,7 @@ TEST_F(PakCli, AFailedOrRefusedWriteLeavesTheOldFileWholeAndNoTemporary) {
         EXPECT_EQ(Names(), before);
         if (c.args[0] == "mesh") continue;
         ASSERT_EQ(Cli(c.args).Status, 0);
-        if (!c.whole.empty()) EXPECT_EQ(ReadFile(tmp / c.args[4]), c.whole);
+        if (!c.whole.empty()) EXPECT_TRUE(ReadFile(tmp / c.args[4]) == c.whole);
         if (c.whole.empty()) EXPECT_EQ(fs::file_size(tmp / c.args[4]), ZipWrapperLength(7, big.size()));
     }
 }
@@ -191,8 +155,9 @@ TEST_F(PakCli, NamesFromFilesAreEscapedOnATerminalAndInErrors) {
     }
 }
 
-// Files of the wrong kind and an unlucky disk: nothing the program reads is
-// changed or lost, nothing hangs, and a failed write is reported as one.
+// Wrong calls, files of the wrong kind and an unlucky disk: each gives a
+// message and status 1, nothing the program reads is changed or lost,
+// nothing hangs, and a failed write is reported as one.
 TEST_F(PakCli, HostileInputs) {
     const std::string older = "the user's older file, which must survive";
     fs::create_directory(tmp / "dest");
@@ -202,6 +167,8 @@ TEST_F(PakCli, HostileInputs) {
     cut.resize(cut.size() / 2);
     WriteFile(tmp / "big.pak", fixtures::PakBuilder().Stored("big.bin", std::string(300000, 'b')).Build());
     WriteFile(tmp / "cut.pak", fixtures::PakBuilder().Raw("x.bin", cut, 5000).Stored("y.txt", "fine").Build());
+    WriteFile(tmp / "not.pak", "hello there, not a pak at all");
+    WriteFile(tmp / "far.pak", fixtures::PakBuilder().Stored("a", "abc").Offset(0, 1000000).Build());
     const std::string pipe = tmp / "pipe.pak";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const struct {
@@ -210,6 +177,17 @@ TEST_F(PakCli, HostileInputs) {
         rlim_t limit;
         std::string message;
     } rows[] = {
+        {"not a PAK", {"quarrin-cli", "pak", "list", "not.pak"}, RLIM_INFINITY, "is not a PAK archive"},
+        {"a missing PAK", {"quarrin-cli", "pak", "list", "missing.pak"}, RLIM_INFINITY, "cannot be opened"},
+        {"a folder", {"quarrin-cli", "pak", "list", "dest"}, RLIM_INFINITY, "is a folder"},
+        {"no PAK", {"quarrin-cli", "pak", "list"}, RLIM_INFINITY, "takes one PATH"},
+        {"member 4 of 3", {"quarrin-cli", "pak", "save", "t.pak", "4", "x"}, RLIM_INFINITY, "there is no member 4"},
+        {"member 0", {"quarrin-cli", "pak", "save", "t.pak", "0", "x"}, RLIM_INFINITY, "there is no member 0"},
+        {"no number", {"quarrin-cli", "pak", "save", "t.pak", "one", "x"}, RLIM_INFINITY, "INDEX must be"},
+        {"a missing folder", {"quarrin-cli", "pak", "save", "t.pak", "2", "no/such/x"}, RLIM_INFINITY, "could not be written"},
+        {"a member beyond the end", {"quarrin-cli", "pak", "save", "far.pak", "1", "x"}, RLIM_INFINITY, "beyond the end"},
+        {"an unknown command", {"quarrin-cli", "pak", "unknown"}, RLIM_INFINITY, "unknown pak command"},
+        {"no command", {"quarrin-cli", "pak"}, RLIM_INFINITY, "usage"},
         {"a full disk while a stored member is written", {"quarrin-cli", "pak", "unpak", "big.pak", "dest"}, 100 * 1024,
          "big.bin: not written"},
         {"a damaged compressed member", {"quarrin-cli", "pak", "unpak", "cut.pak", "dest", "--run"}, RLIM_INFINITY, ""},
@@ -237,6 +215,7 @@ TEST_F(PakCli, HostileInputs) {
     }
     EXPECT_EQ(ReadFile(tmp / "dest/y.txt"), "fine");
     EXPECT_TRUE(fs::is_empty(lineEnd));
+    EXPECT_FALSE(fs::exists(tmp / "x"));
 }
 
 }  // namespace
