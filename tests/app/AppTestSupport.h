@@ -1,9 +1,13 @@
 #pragma once
-// Helpers of the front end's tests: the user's double click, and waiting for
-// the event loop.
+// Helpers of the front end's tests: the user's double click, a modal dialog's
+// user, and waiting for the event loop.
+#include <gtest/gtest.h>
+
+#include <QApplication>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTest>
+#include <QTimer>
 #include <functional>
 
 namespace apptest {
@@ -27,6 +31,24 @@ inline bool EventsUntil(const std::function<bool()>& condition) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
     }
     return true;
+}
+
+// Plays the user's part once the modal dialog of kind Dialog is up.
+template <typename Dialog, typename Act>
+void WhenShown(Act act) {
+    QTimer::singleShot(0, [act] {
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        act(dialog);
+    });
+}
+
+// The child widget of that name; a missing one fails the test.
+template <typename T>
+T* Child(QWidget* parent, const char* name) {
+    T* widget = parent->findChild<T*>(QLatin1String(name));
+    if (widget == nullptr) ADD_FAILURE() << "no widget " << name;
+    return widget;
 }
 
 }  // namespace apptest

@@ -1,17 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
-#include <QTimer>
 #include <filesystem>
-#include <functional>
 
+#include "AppTestSupport.h"
 #include "ModalForms.h"
 #include "fixtures/ByteWriter.h"
 #include "fixtures/RegistryHome.h"
@@ -19,25 +16,33 @@
 #include "identify/modGlobal.h"
 #include "shell/frmMain.h"
 
-namespace {
+using apptest::Child;
+using apptest::WhenShown;
 
-// Plays the user's part once the modal dialog is up.
-void WhenShown(const std::function<void(QDialog&)>& act) {
-    QTimer::singleShot(0, [act] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        act(*dialog);
-    });
-}
+namespace {
 
 class ModalForms : public ::testing::Test {
 protected:
+    void SetUp() override { fixtures::WriteFile(dir / "pkzip", ""); }
     void TearDown() override {
         g_sPkzipPath.clear();
         g_sUnpakPath.clear();
         g_sShortCutPath.clear();
     }
+    // Types into a text box as the user does.
+    static void Type(QLineEdit* edit, const char* text) {
+        edit->setText(text);
+        emit edit->textEdited(edit->text());
+    }
+    // Gives a widget the keyboard focus as a click or Tab would, once its
+    // dialog is the active window.
+    static void FocusOn(QDialog* d, QWidget* w) {
+        d->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(d));
+        w->setFocus(Qt::TabFocusReason);
+    }
     fixtures::RegistryHome home;
+    fixtures::TempDir dir;
     frmMain main;
 };
 
@@ -48,15 +53,13 @@ TEST_F(ModalForms, OptionsOkStoresWhatWasTypedAndEscapeNothing) {
     for (const bool ok : {true, false}) {
         SCOPED_TRACE(ok);
         g_sPkzipPath = "/old/pkzip";
-        WhenShown([ok](QDialog& d) {
-            EXPECT_EQ(d.windowTitle(), "Options");
-            auto* path = d.findChild<QLineEdit*>("tPath");
-            ASSERT_NE(path, nullptr);
+        WhenShown<QDialog>([ok](QDialog* d) {
+            EXPECT_EQ(d->windowTitle(), "Options");
+            auto* path = Child<QLineEdit>(d, "tPath");
             EXPECT_EQ(path->text(), "/old/pkzip");
-            EXPECT_TRUE(d.findChild<QRadioButton*>("optOS_1")->isChecked());
-            path->setText("/usr/bin/quarrin-pkzip");
-            emit path->textEdited(path->text());
-            ok ? d.findChild<QPushButton*>("cmdValidate_1")->click() : d.reject();
+            EXPECT_TRUE(Child<QRadioButton>(d, "optOS_1")->isChecked());
+            Type(path, "/usr/bin/quarrin-pkzip");
+            ok ? Child<QPushButton>(d, "cmdValidate_1")->click() : d->reject();
         });
         ShowModalFormView(main, "frmOpt", nullptr);
         EXPECT_EQ(g_sPkzipPath, ok ? "/usr/bin/quarrin-pkzip" : "/old/pkzip");
@@ -65,82 +68,55 @@ TEST_F(ModalForms, OptionsOkStoresWhatWasTypedAndEscapeNothing) {
     }
 }
 
-TEST_F(ModalForms, UnpakWithoutTheArchiverSaysSoAndCloses) {
+// Without the archiver Unpak says so and closes; without a PAK it offers the
+// script's state, whose path stands beside its label in the destination's row.
+TEST_F(ModalForms, UnpakWithoutTheArchiverOrAPak) {
     fixtures::ScriptedMessageBoxes boxes;
     ShowModalFormView(main, "frmScript", nullptr);
     ASSERT_EQ(boxes.Calls.size(), 1u);
     EXPECT_EQ(boxes.Calls[0].title, "Missing Utility");
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-}
-
-TEST_F(ModalForms, UnpakWithoutAPakOffersTheScriptState) {
-    fixtures::TempDir dir;
-    fixtures::WriteFile(dir / "pkzip", "");
     g_sPkzipPath = dir / "pkzip";
-    WhenShown([](QDialog& d) {
-        EXPECT_EQ(d.windowTitle(), "Unpak");
-        EXPECT_TRUE(d.findChild<QLineEdit*>("tScript")->isVisibleTo(&d));
-        EXPECT_FALSE(d.findChild<QLineEdit*>("cbPath")->isVisibleTo(&d));
-        // The script's path stands beside its label, in the destination's row.
-        auto* script = d.findChild<QLineEdit*>("tScript");
-        auto* label = d.findChild<QLabel*>("lPath_2");
-        ASSERT_NE(label, nullptr);
+    WhenShown<QDialog>([](QDialog* d) {
+        EXPECT_EQ(d->windowTitle(), "Unpak");
+        auto* script = Child<QLineEdit>(d, "tScript");
+        auto* label = Child<QLabel>(d, "lPath_2");
+        EXPECT_TRUE(script->isVisibleTo(d) && !Child<QLineEdit>(d, "cbPath")->isVisibleTo(d));
         EXPECT_EQ(label->text(), "Script:");
-        const QRect box(script->mapTo(&d, QPoint(0, 0)), script->size());
-        const int labelMiddle = label->mapTo(&d, QPoint(0, 0)).y() + label->height() / 2;
-        EXPECT_GE(labelMiddle, box.top());
-        EXPECT_LE(labelMiddle, box.bottom());
-        EXPECT_FALSE(d.findChild<QRadioButton*>("OptSel_1")->isEnabled());
-        d.findChild<QPushButton*>("cmdValidate_0")->click();
+        const int labelMiddle = label->mapTo(d, QPoint(0, 0)).y() + label->height() / 2;
+        const QRect box(script->mapTo(d, QPoint(0, 0)), script->size());
+        EXPECT_TRUE(box.top() <= labelMiddle && labelMiddle <= box.bottom());
+        EXPECT_FALSE(Child<QRadioButton>(d, "OptSel_1")->isEnabled());
+        Child<QPushButton>(d, "cmdValidate_0")->click();
     });
     ShowModalFormView(main, "frmScript", nullptr);
+    EXPECT_EQ(boxes.Calls.size(), 1u);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
-
-namespace {
-
-// Gives a widget the keyboard focus as a click or Tab would, once its dialog
-// is the active window.
-void FocusOn(QDialog& d, QWidget* w) {
-    d.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&d));
-    w->setFocus(Qt::TabFocusReason);
-}
-
-}  // namespace
 
 // Enter in a text box does what it does in a text box: neither dialog has a
 // default button, so no Enter presses "&Ok".
 TEST_F(ModalForms, EnterInATextBoxPressesNoButton) {
-    fixtures::TempDir dir;
-    fixtures::WriteFile(dir / "pkzip", "");
-    struct Case {
-        const char* form;
-        const char* box;
-    };
-    const Case cases[] = {{"frmOpt", "tPath"}, {"frmOpt", "tShortcut"}, {"frmScript", "tSel"}, {"frmScript", "tScript"}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.form) + "." + c.box);
+    const std::pair<const char*, const char*> boxes[] = {
+        {"frmOpt", "tPath"}, {"frmOpt", "tShortcut"}, {"frmScript", "tSel"}, {"frmScript", "tScript"}};
+    for (const auto& [form, box] : boxes) {
+        SCOPED_TRACE(std::string(form) + "." + box);
         g_sPkzipPath = dir / "pkzip";
-        fixtures::ScriptedMessageBoxes boxes;
+        fixtures::ScriptedMessageBoxes messages;
         bool stayedOpen = false;
-        WhenShown([&](QDialog& d) {
-            auto* edit = d.findChild<QLineEdit*>(c.box);
-            ASSERT_NE(edit, nullptr);
+        WhenShown<QDialog>([&, box = box](QDialog* d) {
+            auto* edit = Child<QLineEdit>(d, box);
             FocusOn(d, edit);
-            edit->setText("typed");
-            emit edit->textEdited(edit->text());
+            Type(edit, "typed");
             QTest::keyClick(edit, Qt::Key_Return);
             QTest::keyClick(edit, Qt::Key_Enter);
-            stayedOpen = QApplication::activeModalWidget() == &d;
-            for (auto* button : d.findChildren<QPushButton*>()) EXPECT_FALSE(button->isDefault());
-            d.reject();
+            stayedOpen = QApplication::activeModalWidget() == d;
+            for (auto* button : d->findChildren<QPushButton*>()) EXPECT_FALSE(button->isDefault());
+            d->reject();
         });
-        ShowModalFormView(main, c.form, nullptr);
+        ShowModalFormView(main, form, nullptr);
         EXPECT_TRUE(stayedOpen);
-        EXPECT_TRUE(boxes.Calls.empty());
+        EXPECT_TRUE(messages.Calls.empty());
         EXPECT_EQ(g_sPkzipPath, dir / "pkzip");
-        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     }
 }
 
@@ -148,37 +124,28 @@ TEST_F(ModalForms, EnterInATextBoxPressesNoButton) {
 // closes when the focus goes elsewhere; "*.*" in the member pattern turns
 // back into all members when the pattern box loses the focus.
 TEST_F(ModalForms, UnpakControlsTakeTheirLostFocus) {
-    fixtures::TempDir dir;
-    fixtures::WriteFile(dir / "pkzip", "");
     g_sPkzipPath = dir / "pkzip";
     g_sUnpakPath = dir.Path();
     // A PAK is shown: its members can be saved and the list is up.
     main.SetSaveOffer(true);
     main.oListView.SetVisible(true);
-    WhenShown([](QDialog& d) {
-        auto* combo = d.findChild<QLineEdit*>("cbPath");
-        auto* dirs = d.findChild<QListWidget*>("oDirFld");
-        auto* pattern = d.findChild<QLineEdit*>("tSel");
-        ASSERT_NE(combo, nullptr);
-        ASSERT_NE(dirs, nullptr);
-        ASSERT_NE(pattern, nullptr);
-        d.findChild<QPushButton*>("cbPath_DropDown")->click();
-        ASSERT_TRUE(dirs->isVisibleTo(&d));
+    WhenShown<QDialog>([](QDialog* d) {
+        auto* combo = Child<QLineEdit>(d, "cbPath");
+        auto* dirs = Child<QListWidget>(d, "oDirFld");
+        auto* pattern = Child<QLineEdit>(d, "tSel");
+        Child<QPushButton>(d, "cbPath_DropDown")->click();
+        ASSERT_TRUE(dirs->isVisibleTo(d));
         FocusOn(d, dirs);
         const QString folder = combo->text();
-        combo->setText("/elsewhere");
-        emit combo->textEdited(combo->text());
+        Type(combo, "/elsewhere");
         pattern->setFocus(Qt::TabFocusReason);
-        EXPECT_FALSE(dirs->isVisibleTo(&d));
+        EXPECT_FALSE(dirs->isVisibleTo(d));
         EXPECT_EQ(combo->text(), folder);
-
-        pattern->setText("*.*");
-        emit pattern->textEdited(pattern->text());
-        EXPECT_TRUE(d.findChild<QRadioButton*>("OptSel_2")->isChecked());
+        Type(pattern, "*.*");
+        EXPECT_TRUE(Child<QRadioButton>(d, "OptSel_2")->isChecked());
         combo->setFocus(Qt::TabFocusReason);
-        EXPECT_TRUE(d.findChild<QRadioButton*>("OptSel_0")->isChecked());
-        EXPECT_FALSE(d.findChild<QRadioButton*>("OptSel_2")->isChecked());
-        d.reject();
+        EXPECT_TRUE(Child<QRadioButton>(d, "OptSel_0")->isChecked() && !Child<QRadioButton>(d, "OptSel_2")->isChecked());
+        d->reject();
     });
     ShowModalFormView(main, "frmScript", nullptr);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);

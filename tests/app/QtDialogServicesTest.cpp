@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "AppTestSupport.h"
 #include "QtDialogServices.h"
 #include "QtFileDialogService.h"
 #include "QtMessageBoxService.h"
@@ -30,17 +31,9 @@
 #include "platform/Runtime.h"
 #include "winsupport/cCommonDialog.h"
 
-namespace {
+using apptest::WhenShown;
 
-// Runs `act` on the modal dialog as soon as the event loop shows it.
-template <typename Dialog, typename Act>
-void WhenShown(Act act) {
-    QTimer::singleShot(0, [act] {
-        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        act(dialog);
-    });
-}
+namespace {
 
 FileDialogRequest SaveRequest(const std::string& folder) {
     FileDialogRequest r;
@@ -308,31 +301,21 @@ TEST(QtPrintDialogs, PaperTurnAndMarginsGoInAndComeBack) {
     QPrinter printer;
     QtPrintDialogService::SetUp(printer, r);
     const PageSetupAnswer a = QtPrintDialogService::PageAnswer(printer);
-    EXPECT_EQ(a.paperSize, DMPAPER_LETTER);
-    EXPECT_EQ(a.orientation, DMORIENT_LANDSCAPE);
+    EXPECT_TRUE(a.paperSize == DMPAPER_LETTER && a.orientation == DMORIENT_LANDSCAPE);
     // Letter is 215.9 by 279.4 mm; turned, its width is the longer side.
-    EXPECT_NEAR(a.paper.x, 27940, 5);
-    EXPECT_NEAR(a.paper.y, 21590, 5);
-    EXPECT_NEAR(a.margins.left, 1000, 5);
-    EXPECT_NEAR(a.margins.bottom, 2500, 5);
+    for (const auto& [got, expected] : {std::pair{a.paper.x, 27940}, {a.paper.y, 21590}, {a.margins.left, 1000},
+                                        {a.margins.bottom, 2500}})
+        EXPECT_NEAR(got, expected, 5);
 
-    PrintDialogRequest p;
-    p.copies = 3;
-    p.collate = true;
-    p.range = PrintRange::PageNumbers;
-    p.fromPage = 2;
-    p.toPage = 4;
-    p.minPage = 1;
-    p.maxPage = 9;
-    p.noSelection = true;
-    p.hidePrintToFile = true;
+    const PrintDialogRequest p{.copies = 3, .collate = true, .range = PrintRange::PageNumbers, .fromPage = 2,
+                               .toPage = 4, .minPage = 1, .maxPage = 9, .noSelection = true, .hidePrintToFile = true};
     QPrinter second;
     QtPrintDialogService::SetUp(second, p);
     auto dialog = QtPrintDialogService::BuildPrint(second, p);
     EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
-    EXPECT_TRUE(dialog->testOption(QAbstractPrintDialog::PrintPageRange));
-    EXPECT_FALSE(dialog->testOption(QAbstractPrintDialog::PrintSelection));
-    EXPECT_FALSE(dialog->testOption(QAbstractPrintDialog::PrintToFile));
+    EXPECT_EQ(dialog->options() & (QAbstractPrintDialog::PrintPageRange | QAbstractPrintDialog::PrintSelection |
+                                   QAbstractPrintDialog::PrintToFile),
+              QAbstractPrintDialog::PrintPageRange);
     EXPECT_EQ(dialog->maxPage(), 9);
     const PrintDialogAnswer answer = QtPrintDialogService::Answer(second, p);
     EXPECT_TRUE(answer.collate && answer.range == PrintRange::PageNumbers);

@@ -196,45 +196,38 @@ TEST(DialogHook, TheOtherDialogsReportTheirStartAndEnd) {
 TEST(DialogHook, CentreDialogAndItsFallbacks) {
     const int32_t dialog = CreateDialogWindow(0);
     const int32_t child = CreateDialogWindow(dialog);
-    constexpr int32_t kOwner = 0x104;
+    enum Object { Window, Unknown, NoHwnd, None };
     struct Row {
-        const char* name;
         bool fileDialog;
-        std::optional<int32_t> centreTo;  // the object's hWnd; none: an object without one
-        bool nullObject, workArea, screen;
-        int32_t moved;  // the window moved, 0 for none
-        std::vector<int32_t> to;  // left, top, width, height
+        Object object;
+        bool workArea, screen;
+        std::vector<int32_t> to;  // left, top, width, height; where it was when it didn't move
     };
     const Row rows[] = {
-        {"on the window", false, kOwner, false, true, true, child, {125, 110, 50, 80}},
-        {"parent of a file dialog's hook", true, kOwner, false, true, true, dialog, {125, 110, 50, 80}},
-        {"no hWnd: the work area", false, {}, false, true, true, child, {25, 75, 50, 80}},
-        {"no object: the work area", false, {}, true, true, true, child, {25, 75, 50, 80}},
-        {"no work area: the screen", false, {}, true, false, true, child, {375, 260, 50, 80}},
-        {"nothing to centre on", false, {}, true, false, false, 0, {10, 20, 50, 80}},
-        {"an unknown window", false, 0x9990, false, true, true, 0, {10, 20, 50, 80}},
+        {false, Window, true, true, {125, 110, 50, 80}}, {true, Window, true, true, {125, 110, 50, 80}},
+        {false, NoHwnd, true, true, {25, 75, 50, 80}},   {false, None, true, true, {25, 75, 50, 80}},
+        {false, None, false, true, {375, 260, 50, 80}},  {false, None, false, false, {10, 20, 50, 80}},
+        {false, Unknown, true, true, {10, 20, 50, 80}},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(std::to_string(row.object) + (row.fileDialog ? " file" : "") + (row.workArea ? " work" : "") +
+                     (row.screen ? " screen" : ""));
         fixtures::ScriptedWindows screen;
         screen.Windows[dialog] = screen.Windows[child] = RECT{10, 20, 60, 100};  // 50 by 80
-        screen.Windows[kOwner] = RECT{100, 100, 201, 200};                        // odd width: the half truncates
+        screen.Windows[0x104] = RECT{100, 100, 201, 200};                         // odd width: the half truncates
         if (row.workArea) screen.Work = RECT{0, 30, 100, 200};
         if (row.screen) screen.ScreenWidth = 800, screen.ScreenHeight = 600;
         ScriptedFileDialogs user;
         cCommonDialog dlg;
         if (row.fileDialog) dlg.ShowOpen();  // cancelled; the object is now a file dialog's
         PropertyBag withoutHwnd;
-        WindowObject window(row.centreTo.value_or(0));
-        dlg.CentreDialog(child, row.nullObject ? nullptr : row.centreTo ? static_cast<const ILateBound*>(&window)
-                                                                        : &withoutHwnd);
-        ASSERT_EQ(screen.Moves.size(), row.moved ? 1u : 0u);
-        if (row.moved) {
-            const fixtures::ScriptedWindows::Move& m = screen.Moves[0];
-            EXPECT_EQ(m.hWnd, row.moved);
-            EXPECT_EQ(std::vector<int32_t>({m.rect.left, m.rect.top, m.rect.right - m.rect.left,
-                                            m.rect.bottom - m.rect.top}),
-                      row.to);
+        WindowObject window(row.object == Window ? 0x104 : 0x9990);
+        dlg.CentreDialog(child, row.object == None ? nullptr : row.object == NoHwnd ? static_cast<const ILateBound*>(&withoutHwnd) : &window);
+        const bool moves = row.to[0] != 10;
+        ASSERT_EQ(screen.Moves.size(), moves ? 1u : 0u);
+        for (const auto& m : screen.Moves) {
+            EXPECT_EQ(m.hWnd, row.fileDialog ? dialog : child);
+            EXPECT_EQ(std::vector<int32_t>({m.rect.left, m.rect.top, m.rect.right - m.rect.left, m.rect.bottom - m.rect.top}), row.to);
             EXPECT_TRUE(m.repaint);
         }
         std::vector<int32_t> size(4, -1);

@@ -173,11 +173,9 @@ TEST(Dialogs, ShowPrinter) {
     // setting's 16 bits is passed over like a missing one, and goes back as
     // the setting it left.
     fixtures::ScriptedPrintDialogs user;
-    auto printer = std::make_shared<PropertyBag>(PropertyBag{{"DeviceName", Variant("Laser")},
-                                                             {"Copies", Variant(int32_t{4})},
-                                                             {"PrintQuality", Variant(int32_t{70000})},
-                                                             {"Orientation", Variant(int32_t{2})},
-                                                             {"PaperSize", Variant(int32_t{9})}});
+    auto printer = std::make_shared<PropertyBag>(PropertyBag{
+        {"DeviceName", Variant("Laser")}, {"Copies", Variant(4)}, {"PrintQuality", Variant(70000)},
+        {"Orientation", Variant(2)}, {"PaperSize", Variant(9)}});
     user.Print(PrintDialogAnswer{true, "Ink", 1, false, DMORIENT_LANDSCAPE, DMPAPER_LETTER});
     cCommonDialog dlg;
     dlg.SetObject(printer);
@@ -255,11 +253,10 @@ TEST(Dialogs, ShowHelp) {
         std::string text;
     };
     const Row rows[] = {
-        {HELP_CONTENTS, file, true, true, 0, ""}, {HELP_CONTEXT, file, true, true, 0, ""},
-        {HELP_QUIT, "", true, false, 0, ""},  // nothing to close
+        {HELP_CONTEXT, file, true, true, 0, ""}, {HELP_QUIT, "", true, false, 0, ""},  // nothing to close
         {HELP_MULTIKEY, file, true, false, kDlgErrHelpCommand, refused},
         {HELP_SETWINPOS, file, true, false, kDlgErrHelpCommand, refused},
-        {HELP_CONTENTS, dir / "none.hlp", true, false, 2, missing}, {HELP_CONTENTS, "", true, false, 2, missing},
+        {HELP_CONTENTS, dir / "none.hlp", true, false, 2, missing},
         {HELP_CONTENTS, dir.Path(), true, false, 2, missing},  // a folder is no file
         {HELP_CONTENTS, file, false, true, 1155, "No application is associated with the specified file for this operation.\r\n"},
     };
@@ -270,9 +267,8 @@ TEST(Dialogs, ShowHelp) {
         viewer.Opens = row.viewerOpens;
         cCommonDialog dlg;
         dlg.ShowOpen();  // cancelled; ShowHelp is not a file dialog
-        dlg.SetHelpCommand(static_cast<int32_t>(row.command));
+        Set(dlg, {{&cCommonDialog::SetHelpCommand, static_cast<int32_t>(row.command)}, {&cCommonDialog::Sethwnd, 0x104}});
         dlg.SetHelpFile(row.file);
-        dlg.Sethwnd(0x104);
         const RuntimeError raised = ErrorOf([&] { dlg.ShowHelp(); });
         EXPECT_EQ(raised.Number, row.failure);
         EXPECT_EQ(raised.Source + raised.Description, (row.failure ? "quarrin.cCommonDialog" : "") + row.text);

@@ -91,13 +91,12 @@ TEST(SubclassTest, ADetachedClientLeavesTheOthersInOrder) {
     for (Client* client : {&a, &b, &c}) MSubclass::AttachMessage(*client, window.hWnd, MM_WOM_DONE);
     MSubclass::AttachMessage(a, window.hWnd, WM_DESTROY);
     EXPECT_EQ(CountProps(window.hWnd), 8u);
-    EXPECT_EQ(GetPropA(window.hWnd, "C" + std::to_string(window.hWnd)), 4);
-    EXPECT_EQ(window.Prop(""), window.proc);
-    EXPECT_EQ(window.Prop("#957#3"), c.Address());
+    EXPECT_EQ(std::vector<int32_t>({GetPropA(window.hWnd, "C" + std::to_string(window.hWnd)), window.Prop(""),
+                                    window.Prop("#957#3"), window.Prop("#2#1")}),
+              std::vector<int32_t>({4, window.proc, c.Address(), a.Address()}));
     MSubclass::DetachMessage(b, window.hWnd, MM_WOM_DONE);
-    EXPECT_EQ(window.Prop("#957C"), 2);
-    EXPECT_EQ(window.Prop("#957#2"), c.Address());
-    EXPECT_EQ(window.Prop("#957#3"), 0);
+    EXPECT_EQ(std::vector<int32_t>({window.Prop("#957C"), window.Prop("#957#2"), window.Prop("#957#3")}),
+              std::vector<int32_t>({2, c.Address(), 0}));
     SendMessageA(window.hWnd, MM_WOM_DONE, 0, 0);
     EXPECT_EQ(log, (Log{"c1", "c3"}));
     MSubclass::DetachMessage(a, window.hWnd, MM_WOM_DONE);
