@@ -84,7 +84,6 @@ TEST(WaveCli, ReportsAndPlaysAsThePlayerDoes) {
         {{"play", wav, "--null", "--buffer", "10"},
          "Buffer time out of range, choose a number of second between 0.001 and 10 (29680)\n"},
         {{"play", wav, "--fast"}, "add --null\n"},
-        {{"play", "--null"}, "[--buffer SECONDS]\n"},
     };
     for (size_t i = 0; i < std::size(cases); ++i) {
         const auto& [args, output] = cases[i];
@@ -156,8 +155,16 @@ TEST_F(WavPlayer, PlaysStopsAndResumesWhereItStopped) {
     ASSERT_TRUE(player.FileSeek(player.Length() - 1));
     ASSERT_TRUE(player.Play());
     EXPECT_EQ(PlayOut(), "");
-    EXPECT_EQ(completes, 4);
     EXPECT_EQ(ErrorOf([&] { player.FileSeek(player.Length()); }), 29678);
+    // A file opened while the device still plays the last two buffers takes
+    // them back before their memory goes.
+    ASSERT_TRUE(player.FileSeek(player.Length() - 2 * B));
+    ASSERT_TRUE(player.Play());
+    Run();
+    ASSERT_TRUE(player.OpenFile(path));
+    EXPECT_EQ(completes, 4);
+    Run();
+    EXPECT_EQ(completes, 5);
 }
 
 TEST_F(WavPlayer, RefusesWhatItCannotDo) {
