@@ -28,11 +28,17 @@ std::string Btm(int32_t width, int32_t height, std::string pixels, int32_t bytes
     return fixtures::BuildBtm(s);
 }
 
+// A bitmap read from a file, or made in memory with its first colours set.
 struct Bitmap {
     FileHost host;
     fixtures::TempDir dir;
     CBtm btm{host};
 
+    Bitmap() = default;
+    Bitmap(int32_t width, int32_t height, std::vector<uint32_t> colours = {}) {
+        EXPECT_TRUE(btm.Create(width, height));
+        for (size_t i = 0; i < colours.size(); ++i) btm.SetColor(static_cast<int32_t>(i), colours[i]);
+    }
     bool Open(const std::string& bytes) {
         fixtures::WriteFile(dir / "picture.btm", bytes);
         return btm.Initialize(dir / "picture.btm", 0, &host.oListView);
@@ -41,16 +47,6 @@ struct Bitmap {
     std::vector<uint8_t> Bits() const {
         const size_t size = static_cast<size_t>(btm.BytesPerScanLine()) * static_cast<size_t>(btm.DibHeight());
         return {btm.DIBSectionBitsPtr(), btm.DIBSectionBitsPtr() + size};
-    }
-};
-
-// A bitmap made in memory, its first colours set.
-struct Engine {
-    FileHost host;
-    CBtm btm{host};
-    explicit Engine(int32_t width = 4, int32_t height = 2, std::vector<uint32_t> colours = {}) {
-        EXPECT_TRUE(btm.Create(width, height));
-        for (size_t i = 0; i < colours.size(); ++i) btm.SetColor(static_cast<int32_t>(i), colours[i]);
     }
     std::vector<int32_t> Colors(int32_t n) const {
         std::vector<int32_t> out;
@@ -216,13 +212,13 @@ TEST(DibEngine, PaletteOperationsChangeTheTableAlone) {
         {[](CBtm& d) { d.AdjustLightness(50); }, {0x808080, 0x402010, 0x000000}},
     };
     for (const Case& c : cases) {
-        Engine e(4, 2, {0xFFFFFF, 0x804020, 0x000000});
+        Bitmap e(4, 2, {0xFFFFFF, 0x804020, 0x000000});
         e.btm.DIBSectionBitsPtr()[0] = 1;
         c.op(e.btm);
         EXPECT_EQ(e.Colors(3), c.expected) << &c - cases;
         EXPECT_EQ(e.btm.DIBSectionBitsPtr()[0], 1);
     }
-    Engine e;
+    Bitmap e(4, 2);
     EXPECT_EQ(e.btm.Color(256) + e.btm.Color(-1), -2);
     EXPECT_THROW(e.btm.Fade(300), RuntimeError);
     e.btm.ClearUp();
@@ -231,8 +227,8 @@ TEST(DibEngine, PaletteOperationsChangeTheTableAlone) {
 }
 
 TEST(DibEngine, SectionsPaintCopyAndLoad) {
-    for (auto [width, stride] : {std::pair{1, 4}, {4, 4}, {5, 8}}) EXPECT_EQ(Engine(width, 1).btm.BytesPerScanLine(), stride);
-    Engine source(3, 2, {0x000000, 0x0000FF, 0x00FF00});
+    for (auto [width, stride] : {std::pair{1, 4}, {4, 4}, {5, 8}}) EXPECT_EQ(Bitmap(width, 1).btm.BytesPerScanLine(), stride);
+    Bitmap source(3, 2, {0x000000, 0x0000FF, 0x00FF00});
     uint8_t* bits = source.btm.DIBSectionBitsPtr();
     bits[0] = 1, bits[1] = 2, bits[4] = 2;  // bottom row 1 2 0, top row 2 0 0
     FileHost host;
@@ -240,16 +236,16 @@ TEST(DibEngine, SectionsPaintCopyAndLoad) {
     source.btm.PaintPicture(host.oPicture.hDC);
     EXPECT_EQ((std::array{host.oPicture.Point(0, 0), host.oPicture.Point(0, 1), host.oPicture.Point(1, 1)}),
               (std::array{0x00FF00, 0x0000FF, 0x00FF00}));
-    Engine copy(3, 2);
+    Bitmap copy(3, 2);
     copy.btm.CopyPalette(source.btm);
     EXPECT_EQ(copy.Colors(3), (std::vector<int32_t>{0, 0xFF, 0xFF00}));
-    Engine loaded(3, 2);
+    Bitmap loaded(3, 2);
     loaded.btm.LoadPictureBlt(source.btm.hdc(), 1, 0);
     EXPECT_EQ(loaded.btm.DIBSectionBitsPtr()[1], 0);  // (2, 1) of the source lies at (1, 1)
     EXPECT_EQ(loaded.btm.DIBSectionBitsPtr()[0], 2);
     EXPECT_EQ(loaded.Colors(3), (std::vector<int32_t>{0, 0xFF, 0xFF00}));
     // A picture of 32 bits has no table: its colours take the nearest grey.
-    Engine fromPicture(1, 1);
+    Bitmap fromPicture(1, 1);
     fromPicture.btm.CreateFromPicture(PictureFromPixels(2, 1, {0xFFFFFFFF, 0xFF000000}));
     EXPECT_EQ(fromPicture.btm.DibWidth(), 2);
     EXPECT_EQ(fromPicture.btm.DIBSectionBitsPtr()[0], 255);
