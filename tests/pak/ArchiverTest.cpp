@@ -84,6 +84,17 @@ TEST(ZipReader, DecodesTheThreeMethods) {
     EXPECT_EQ(d.error, "");
     EXPECT_TRUE(d.data == (std::vector<std::string>{text, text, text, binary, ""}));
 
+    // A sink that refuses its bytes stops the decoding, which says so.
+    for (const ZipEntrySpec& e : {StoredEntry("s", text), fixtures::DeflatedEntry("d", text), fixtures::ImplodedEntry("i", text)}) {
+        const std::string zip = BuildZip({e});
+        MemoryZipSource source(zip.data(), zip.size());
+        ZipReader reader;
+        std::string error;
+        ASSERT_TRUE(reader.Open(source, error));
+        EXPECT_FALSE(reader.Extract(reader.Entries()[0], [](const uint8_t*, size_t) { return false; }, error));
+        EXPECT_EQ(error, "the output could not be written") << e.Name;
+    }
+
     // The decoder refuses an output buffer shorter than its input; short
     // streams that grew in the encoder must still be decoded.
     std::mt19937 rng(7);
