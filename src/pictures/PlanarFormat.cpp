@@ -26,14 +26,21 @@ int32_t ReadPlanarPalette(HFILE hFile, PlanarPaletteEntry (&atPalette)[kPaletteE
     uint8_t abBlock[kPaletteBytes];
     const int32_t lRead = _lread(hFile, abBlock, kPaletteBytes);
     if (lRead <= 0) return 0;
-    // Only whole colour words that arrived are taken; a word cut by the end of
+    // The colour words that arrived whole are taken; a word cut by the end of
     // the file keeps its bytes that came, the rest as before.
-    for (int32_t i = 0; i < lRead; ++i) {
-        PlanarPaletteEntry& entry = atPalette[i / 12];
-        uint32_t* const words[3] = {&entry.lColor0, &entry.lColor1, &entry.lColor2};
-        uint32_t& word = *words[(i % 12) / 4];
+    auto word = [&](int32_t w) -> uint32_t& {
+        PlanarPaletteEntry& entry = atPalette[w / 3];
+        return w % 3 == 0 ? entry.lColor0 : w % 3 == 1 ? entry.lColor1 : entry.lColor2;
+    };
+    const int32_t lWhole = lRead / 4;
+    for (int32_t w = 0; w < lWhole; ++w) {
+        const uint8_t* b = abBlock + 4 * w;
+        word(w) = static_cast<uint32_t>(b[0]) | static_cast<uint32_t>(b[1]) << 8 | static_cast<uint32_t>(b[2]) << 16 |
+                  static_cast<uint32_t>(b[3]) << 24;
+    }
+    for (int32_t i = lWhole * 4; i < lRead; ++i) {
         const uint32_t shift = static_cast<uint32_t>(i % 4) * 8;
-        word = (word & ~(0xFFu << shift)) | static_cast<uint32_t>(abBlock[i]) << shift;
+        word(lWhole) = (word(lWhole) & ~(0xFFu << shift)) | static_cast<uint32_t>(abBlock[i]) << shift;
     }
     return lRead;
 }
