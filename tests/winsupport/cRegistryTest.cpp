@@ -192,3 +192,18 @@ TEST_F(RegistryObject, AssociationsAreWrittenUnderTheClassesRoot) {
     }
     EXPECT_TRUE(std::filesystem::exists(home.ClassesFile()));
 }
+
+// The registry's values travel as the runtime's variants.
+TEST(VariantValue, ConvertsAsTheRuntimeDoes) {
+    const std::pair<Variant, std::string> texts[] = {
+        {Variant(), ""}, {Variant(true), "True"}, {Variant(false), "False"}, {Variant(int16_t{-5}), "-5"}, {Variant(Bytes{'o', 'k'}), "ok"}};
+    for (const auto& [v, text] : texts) EXPECT_EQ(v.ToString(), text);
+    const std::pair<Variant, int32_t> numbers[] = {{Variant(" 42 "), 42}, {Variant(true), -1}, {Variant(), 0}, {Variant("True"), -1}};
+    for (const auto& [v, number] : numbers) EXPECT_EQ(v.ToLong(), number) << v.ToString();
+    EXPECT_TRUE(Variant("7").ToBool());
+    EXPECT_EQ(Variant().VarType() * 100 + Variant("x").VarType(), Variant::vbEmpty * 100 + Variant::vbString);
+    EXPECT_EQ(Variant(Bytes{}).VarType(), Variant::vbByteArray);
+    EXPECT_NE(Variant(int16_t{1}), Variant(int32_t{1}));
+    EXPECT_EQ(ErrorOf([] { Variant("12abc").ToLong(); }).Number, 13);
+    EXPECT_EQ(ErrorOf([] { Variant("99999999999").ToLong(); }).Number, 6);
+}
