@@ -20,18 +20,15 @@ namespace {
 // Writes down each event of a dialog object as "Name(argument)".
 struct EventLog {
     explicit EventLog(cCommonDialog& dlg) {
-        auto add = [this](const char* name) {
-            return [this, name](int32_t hDlg) { lines.push_back(std::string(name) + "(" + std::to_string(hDlg) + ")"); };
-        };
-        dlg.Events.InitDialog.Connect(add("InitDialog"));
-        dlg.Events.FileChange.Connect(add("FileChange"));
-        dlg.Events.FolderChange.Connect(add("FolderChange"));
-        dlg.Events.TypeChange.Connect(add("TypeChange"));
-        dlg.Events.ConfirmOK.Connect([this](bool& bRefuse) {
+        auto& e = dlg.Events;
+        for (const auto& [event, name] : {std::pair{&e.InitDialog, "InitDialog"}, {&e.FileChange, "FileChange"},
+                                          {&e.FolderChange, "FolderChange"}, {&e.TypeChange, "TypeChange"}})
+            event->Connect([this, name = name](int32_t hDlg) { lines.push_back(name + ("(" + std::to_string(hDlg) + ")")); });
+        e.ConfirmOK.Connect([this](bool& bRefuse) {
             lines.push_back("ConfirmOK");
             bRefuse = refuse;
         });
-        dlg.Events.DialogClose.Connect([this] { lines.push_back("DialogClose"); });
+        e.DialogClose.Connect([this] { lines.push_back("DialogClose"); });
     }
     Lines lines;
     bool refuse = false;
