@@ -84,6 +84,8 @@ private:
         std::optional<int32_t> NameLength, Offset, PackedSize, OriginalSizeOverride;
     };
     Member& At(size_t index);
+    // Where every member's bytes stand, in the order of the directory.
+    std::vector<size_t> DataOffsets() const;
 
     std::vector<Member> members_;
     uint32_t signature_ = 0x6E71;
