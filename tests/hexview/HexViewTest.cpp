@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "fixtures/ByteWriter.h"
 #include "hexview/CBINFile.h"
 #include "hexview/HexPage.h"
@@ -83,13 +85,17 @@ TEST_F(BinFile, AScrollDuringARepaintEndsOnThePageTheBarStandsOn) {
     WriteFile(dir / "f", std::string(256, 'a') + std::string(256, 'b'));
     ASSERT_TRUE(bin.Initialize(dir / "f", 0, nullptr));
     bool moved = false;
+    int depth = 0, deepest = 0;
     SetDoEventsHook([&] {
+        deepest = std::max(deepest, ++depth);
         if (!moved) form.oVScroll.SetValue(1);
         moved = true;
+        --depth;
     });
     bin.Show(0);
     SetDoEventsHook({});
     EXPECT_EQ(form.tReport.Text().substr(0, 3), "62 ");
+    EXPECT_EQ(deepest, 1);  // the second page waited for the first: no repaint inside a repaint
 }
 
 TEST_F(BinFile, ReadsWholeFilesAsTextOrGivesTheErrorNumber) {
