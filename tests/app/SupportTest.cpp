@@ -36,8 +36,8 @@ TEST(KeyCodesTest, GivesTheVirtualKeyAndTheCodePageCharacter) {
     };
     for (const auto& [key, modifiers, text, virtualKey, ascii] : keys) {
         const QKeyEvent e(QEvent::KeyPress, key, modifiers, text);
-        if (virtualKey >= 0) EXPECT_EQ(KeyCodes::VirtualKey(e), virtualKey) << key;
-        if (ascii >= 0) EXPECT_EQ(KeyCodes::KeyAscii(e), ascii) << key;
+        if (virtualKey >= 0) { EXPECT_EQ(KeyCodes::VirtualKey(e), virtualKey) << key; }
+        if (ascii >= 0) { EXPECT_EQ(KeyCodes::KeyAscii(e), ascii) << key; }
     }
     EXPECT_EQ(KeyCodes::ShiftState(Qt::ShiftModifier | Qt::AltModifier), 5);
     EXPECT_EQ(KeyCodes::ShiftState(Qt::ControlModifier), 2);

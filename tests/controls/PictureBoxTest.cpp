@@ -25,7 +25,7 @@ TEST(PictureBox, ImageFollowsTheSizeInPixels) {
         EXPECT_EQ(box.ImageHeight(), c.pixelsHigh);
         EXPECT_EQ(box.ImageBits() != nullptr, c.pixelsWide > 0);
         EXPECT_EQ(box.Image() != nullptr, c.pixelsWide > 0);
-        if (box.Image()) EXPECT_EQ(box.Image()->Width(), c.pixelsWide);
+        if (box.Image()) { EXPECT_EQ(box.Image()->Width(), c.pixelsWide); }
     }
 }
 

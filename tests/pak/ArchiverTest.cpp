@@ -117,7 +117,7 @@ TEST(ZipReader, DecodesTheThreeMethods) {
     for (size_t size : {1000u, 100000u, 3000000u}) {
         const auto bound = MaxExplodedSize(static_cast<int64_t>(fixtures::Implode(std::string(size, '\0')).size()));
         EXPECT_GE(bound, static_cast<int64_t>(size));
-        if (size >= 100000) EXPECT_LT(bound, static_cast<int64_t>(size) * 2);
+        if (size >= 100000) { EXPECT_LT(bound, static_cast<int64_t>(size) * 2); }
     }
 }
 
@@ -181,7 +181,7 @@ TEST(ZipReader, DamagedArchivesGiveTheirReason) {
             EXPECT_TRUE(d.opened && d.error.empty() && d.data.size() == 1) << d.error;
         else
             EXPECT_NE(d.error.find(row.error), std::string::npos) << d.error;
-        if (row.zip == one(atBound, same)) EXPECT_EQ(d.error.find("declared size"), std::string::npos) << d.error;
+        if (row.zip == one(atBound, same)) { EXPECT_EQ(d.error.find("declared size"), std::string::npos) << d.error; }
     }
     // Every cut of an archive is refused or gives its entries whole.
     for (size_t cut = 0; cut < two.size(); ++cut) {
@@ -385,7 +385,7 @@ TEST(ArchiverProgram, HostileArchivesStayWithinTheirBounds) {
         WriteFile(tmp / "in.zip", row.zip);
         const auto r = Archiver(tmp / "out", "../in.zip", row.stopAtTempFile);
         EXPECT_EQ(r.Status, row.status) << r.Errors;
-        if (row.maxPeakKiB != 0) EXPECT_LE(r.PeakKiB, row.maxPeakKiB);
+        if (row.maxPeakKiB != 0) { EXPECT_LE(r.PeakKiB, row.maxPeakKiB); }
         EXPECT_NE((r.Output + r.Errors).find(row.message), std::string::npos) << r.Output << r.Errors;
         std::vector<std::string> after;
         for (const auto& e : fs::recursive_directory_iterator(tmp / "out")) {

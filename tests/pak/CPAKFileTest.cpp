@@ -211,7 +211,7 @@ TEST_F(PakSave, TheSelectedMemberIsWrittenAsChosen) {
         EXPECT_EQ(boxes.Calls.size(), row.older.empty() ? 0u : 1u);
         const bool written = !row.bytes.empty() || row.outcome == PakMemberSave::Written;
         EXPECT_EQ(std::filesystem::exists(tmp / ("out/" + row.file)), written);
-        if (written) EXPECT_EQ(ReadFile(tmp / ("out/" + row.file)), row.bytes);
+        if (written) { EXPECT_EQ(ReadFile(tmp / ("out/" + row.file)), row.bytes); }
         EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tmp / "out"), {}), written ? 1 : 0);
     }
     // The proposed name is the member's; the first filter gives the wrapper.

@@ -86,8 +86,8 @@ TEST_F(PakCli, AFailedOrRefusedWriteLeavesTheOldFileWholeAndNoTemporary) {
         EXPECT_EQ(Names(), before);
         if (c.args[0] == "mesh") continue;
         ASSERT_EQ(Cli(c.args).Status, 0);
-        if (!c.whole.empty()) EXPECT_TRUE(ReadFile(tmp / c.args[4]) == c.whole);
-        if (c.whole.empty()) EXPECT_EQ(fs::file_size(tmp / c.args[4]), ZipWrapperLength(7, big.size()));
+        if (!c.whole.empty()) { EXPECT_TRUE(ReadFile(tmp / c.args[4]) == c.whole); }
+        if (c.whole.empty()) { EXPECT_EQ(fs::file_size(tmp / c.args[4]), ZipWrapperLength(7, big.size())); }
     }
 }
 
@@ -150,7 +150,7 @@ TEST_F(PakCli, NamesFromFilesAreEscapedOnATerminalAndInErrors) {
         const auto r = Cli(c.args, {.Terminal = c.terminal});
         const std::string& text = r.Status == 0 ? r.Output : r.Errors;
         EXPECT_NE(text.find(c.expected), std::string::npos) << text;
-        if (c.terminal) EXPECT_EQ(r.Output.find_first_of("\x1b\x07"), std::string::npos);
+        if (c.terminal) { EXPECT_EQ(r.Output.find_first_of("\x1b\x07"), std::string::npos); }
         EXPECT_EQ(r.Errors.find('\x1b'), std::string::npos);
     }
 }

@@ -102,7 +102,7 @@ TEST_F(Selection, PreviewShowsWhatTheSelectionFound) {
         EXPECT_EQ(form.ExtractOffered(), row.extract);
         EXPECT_EQ(form.oPicture.Bounds().Width, row.width);
         EXPECT_EQ(form.oPicture.Bounds().Height, row.height);
-        if (row.x >= 0) EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(row.x, row.y)), row.colour);
+        if (row.x >= 0) { EXPECT_EQ(static_cast<uint32_t>(form.oPicture.Point(row.x, row.y)), row.colour); }
         EXPECT_EQ(form.screen.MousePointer(), 0);
     }
     ASSERT_EQ(form.oListView.Count(), 3);
