@@ -6,16 +6,12 @@
 #include <string>
 
 #include "FuzzFile.h"
-#include "identify/IFileHost.h"
+#include "PictureHost.h"
 #include "pictures/CBtm.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static FuzzFilePair files;
-    static FileHost host;
-    // Sections of up to 64 KiB, more than any input holds pixels for: larger
-    // ones run the same code for longer.
-    SetMaxBitmapBytes(64 << 10);
-    if (host.oPicture.ImageWidth() == 0) host.oPicture.Move(0, 0, 64, 64);
+    FileHost& host = PictureHost();
     const std::string& path = files.Write(data, size);
 
     CBtm btm(host);

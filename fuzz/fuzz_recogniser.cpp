@@ -6,20 +6,15 @@
 #include "FuzzFile.h"
 #include "hexview/CBINFile.h"
 #include "identify/CNerhaltFiles.h"
-#include "identify/IFileHost.h"
-#include "platform/Gdi.h"
+#include "PictureHost.h"
 #include "shell/GameFileClasses.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static FuzzFilePair inputs;
-    static FileHost host;
+    FileHost& host = PictureHost();
     static CBINFile binFile(host);
     // A small pane, as in the mesh target: a mesh's report stops at its end.
     host.tReport.SetCapacity(8 * 1024);
-    // Sections of up to 64 KiB, as in the picture targets: a header that
-    // claims a huge picture would otherwise have megabytes cleared per input
-    // and run the same code.
-    SetMaxBitmapBytes(64 << 10);
     const std::string& path = inputs.Write(data, size);
     CNerhaltFiles recogniser(GameFileClasses(host));
     recogniser.Initialize(path, 0, &host.oListView);
