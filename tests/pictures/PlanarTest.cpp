@@ -12,6 +12,7 @@
 #include "identify/IFileHost.h"
 #include "pictures/CBtm.h"
 #include "pictures/CPLTFile.h"
+#include "platform/Files.h"
 #include "platform/Picture.h"
 #include "platform/Runtime.h"
 
@@ -154,9 +155,11 @@ TEST(CBtm, DecodesOnceAndRetriesAfterAShortRead) {
 TEST(CPLTFile, DrawsEachEntryAsAColumnOfItsThreeColours) {
     const fixtures::PlanarPalette palette = fixtures::RainbowPalette();
     const std::string whole = fixtures::PaletteFile(palette, 3);
-    // The columns that arrived; the rest are black.
-    for (const auto& [bytes, columns] : {std::pair{whole, 256}, {whole.substr(0, 8), 0}, {whole.substr(0, 176), 10}}) {
-        SCOPED_TRACE(columns);
+    // Each colour is the file's word, little-endian, twelve bytes to an entry
+    // from byte 56; bytes that did not arrive are 0, also inside a cut word.
+    for (const size_t length : {whole.size(), size_t{8}, size_t{176}, size_t{182}}) {
+        SCOPED_TRACE(length);
+        const std::string bytes = whole.substr(0, length);
         FileHost host;
         fixtures::TempDir dir;
         fixtures::WriteFile(dir / "p.plt", bytes);
@@ -167,14 +170,20 @@ TEST(CPLTFile, DrawsEachEntryAsAColumnOfItsThreeColours) {
         for (int pass = 0; pass < 2; ++pass) {
             host.oPicture.Cls();
             EXPECT_FALSE(plt.Show(0));
-            for (int32_t i = 0; i < 256 * 3; ++i)
-                ASSERT_EQ(host.oPicture.Point(i / 3, i % 3), static_cast<int32_t>(i / 3 < columns ? palette[i / 3][i % 3] & 0xFFFFFF : 0)) << i;
+            for (size_t i = 0; i < 256 * 3; ++i) {
+                int32_t colour = 0;
+                for (size_t b = 0; b < 3; ++b)
+                    if (56 + 4 * i + b < bytes.size()) colour |= static_cast<uint8_t>(bytes[56 + 4 * i + b]) << (8 * b);
+                ASSERT_EQ(host.oPicture.Point(static_cast<float>(i / 3), static_cast<float>(i % 3)), colour) << i;
+            }
         }
         EXPECT_TRUE(plt.Loaded());
-        // Another file is read anew.
+        // Another file is read anew, in place of the first.
         fixtures::WriteFile(dir / "q.plt", whole);
+        const int32_t handles = OpenHandleCount();
         ASSERT_TRUE(plt.Initialize(dir / "q.plt", 0, nullptr));
         EXPECT_FALSE(plt.Loaded());
+        EXPECT_EQ(OpenHandleCount(), handles);
     }
 }
 
