@@ -56,8 +56,6 @@ public:
     // Filler bytes (0xA5) between the directory and the first member and
     // behind every member.
     PakBuilder& Gap(size_t bytes);
-    // Member data in the reverse order of the directory.
-    PakBuilder& ReverseData(bool reverse = true);
     // Cuts the built file to `length` bytes when it is longer.
     PakBuilder& Truncate(size_t length);
 
@@ -94,7 +92,6 @@ private:
     uint32_t field3_ = 0;
     std::optional<int32_t> count_;
     size_t gap_ = 0;
-    bool reverse_ = false;
     std::optional<size_t> truncate_;
 };
 
