@@ -33,7 +33,6 @@ TEST(Mmio, WalksChunksByTheirPaddedSizes) {
     const Walk walks[] = {
         {"plain", Riff(body, static_cast<uint32_t>(body.size())), 0, 0, 12 + 24 + 12 + 8},
         {"another form first", other + Riff(body, static_cast<uint32_t>(body.size())), 0, 0, 24 + 12 + 24 + 12 + 8},
-        {"RIFF size beyond the file", Riff(body, 0xFFFFFFF0u), 0, 0, 12 + 24 + 12 + 8},
         {"data outside the form", Riff("WAVE" + fmt, 28) + data, 0, MMIOERR_CHUNKNOTFOUND, 0},
         {"junk of 4 GB before data", Riff("WAVE" + fmt + "junk\xFF\xFF\xFF\xFF" + data, 0xFFFFFFFFu), 0,
          MMIOERR_CHUNKNOTFOUND, 0},
@@ -82,7 +81,6 @@ TEST(Mmio, OpensReadsAndSeeksWithinLimits) {
     EXPECT_EQ(mmioOpenA(dir.Path(), &info, MMIO_READ), 0);
     HMMIO h = mmioOpenA(dir / "f", nullptr, MMIO_READ);
     ASSERT_NE(h, 0);
-    EXPECT_EQ(mmioStringToFOURCCA("fmt", 0), MakeFourCC('f', 'm', 't', ' '));
     EXPECT_EQ(mmioSeek(h, -2, SEEK_FROM_END), 4);
     EXPECT_EQ(mmioSeek(h, -6, SEEK_FROM_CURRENT), -1);
     char buf[4];

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "platform/Runtime.h"
 #include "platform/ScrollBars.h"
 #include "platform/Windows.h"
 
@@ -47,11 +46,6 @@ TEST(ScrollBarsTest, KeepsThePageInTheRangeAndThePositionInTheBar) {
     EXPECT_EQ(GetScrollInfo(window.hWnd(), SB_VERT, &none), 0);
     EXPECT_EQ(GetScrollInfo(window.hWnd(), 2, &none), 0);
     EXPECT_EQ(ShowScrollBar(-4, SB_BOTH, 1), 0);
-
-    SetFlatScrollBarsAvailable(false);
-    EXPECT_THROW(InitializeFlatSB(window.hWnd()), RuntimeError);
-    SetFlatScrollBarsAvailable(true);
-    EXPECT_EQ(FlatSB_SetScrollProp(window.hWnd(), WSB_PROP_HSTYLE, 1, 1), 0);
 }
 
 TEST(ScrollBarsTest, SendsTheUsersActionsAsScrollMessages) {

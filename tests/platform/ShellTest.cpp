@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <thread>
 
 #include "fixtures/ByteWriter.h"
@@ -13,32 +14,19 @@
 
 namespace {
 
+using Args = std::vector<std::string>;
 using fixtures::TempDir;
 using fixtures::WriteFile;
 
-// Sets an environment variable for the life of the object.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
-            had_ = true;
-            old_ = old;
-        }
-        if (value)
-            setenv(name, value, 1);
-        else
-            unsetenv(name);
+// Sets (or, given no value, removes) an environment variable for the life of the object.
+struct ScopedEnv {
+    ScopedEnv(const char* name, const char* value) : name(name) {
+        if (const char* was = std::getenv(name)) old = was;
+        value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
     }
-    ~ScopedEnv() {
-        if (had_)
-            setenv(name_.c_str(), old_.c_str(), 1);
-        else
-            unsetenv(name_.c_str());
-    }
-
-private:
-    std::string name_, old_;
-    bool had_ = false;
+    ~ScopedEnv() { old ? ::setenv(name, old->c_str(), 1) : ::unsetenv(name); }
+    const char* name;
+    std::optional<std::string> old;
 };
 
 // Poses as a program in the tools folder, where quarrin-runbat lies.
@@ -48,21 +36,33 @@ protected:
         savedFolder = App::Path();
         savedName = App::EXEName();
         App::SetExecutable(QUARRIN_TOOLS_DIR, "quarrin");
-        runner = std::string(QUARRIN_TOOLS_DIR) + "/quarrin-runbat";
         if (access(runner.c_str(), X_OK) != 0) GTEST_FAIL() << "quarrin-runbat is not built in " << QUARRIN_TOOLS_DIR;
     }
     void TearDown() override { App::SetExecutable(savedFolder, savedName); }
-    std::string savedFolder, savedName, runner;
+    std::string savedFolder, savedName, runner = std::string(QUARRIN_TOOLS_DIR) + "/quarrin-runbat";
     TempDir tmp;
 };
 
-TEST_F(ShellTest, CommandShellStartsTheRunnerOnTheCommandFile) {
-    int32_t result = 0;
-    for (const char* shell : {"cmd", "command", "CMD"}) {
-        EXPECT_EQ(ShellCommandArgs(shell, "/c \"/d/x y/_unpak_.bat\"", false, result),
-                  (std::vector<std::string>{runner, "/d/x y/_unpak_.bat"}));
-        EXPECT_EQ(result, 0);
+TEST_F(ShellTest, TheCommandShellStartsTheRunnerOnTheCommandFileAlone) {
+    const std::tuple<const char*, const char*, Args, int32_t> rows[] = {
+        {"cmd", "/c \"/d/x y/_unpak_.bat\"", {runner, "/d/x y/_unpak_.bat"}, 0},
+        {"COMMAND", " /C  \"/d/_unpak_.bat\" ", {runner, "/d/_unpak_.bat"}, 0},
+        {"notepad", "/c \"x\"", {}, SE_ERR_NOASSOC},
+    };
+    for (const auto& [file, params, args, result] : rows) {
+        int32_t got = -1;
+        EXPECT_EQ(ShellCommandArgs(file, params, false, got), args) << params;
+        EXPECT_EQ(got, result) << params;
     }
+    for (const char* params : {"/k \"x\"", "\"x\"", "/c x", "/c \"x", "/c \"\"", ""}) {
+        int32_t got = 0;
+        EXPECT_TRUE(ShellCommandArgs("cmd", params, false, got).empty()) << params;
+        EXPECT_EQ(got, ERROR_BAD_FORMAT) << params;
+    }
+    EXPECT_EQ(ShellExecuteA(0, "print", "cmd", "/c \"x\"", "", 1), SE_ERR_NOASSOC);
+    EXPECT_EQ(ShellExecuteA(0, "open", "cmd", "/c \"x\"", tmp / "missing", 1), SE_ERR_PNF);
+    App::SetExecutable(tmp.Path(), "quarrin");
+    EXPECT_EQ(ShellExecuteA(0, "open", "cmd", "/c \"x\"", "", 1), SE_ERR_FNF);
 }
 
 TEST_F(ShellTest, TerminalWindowWhenTheDesktopHasOne) {
@@ -73,25 +73,10 @@ TEST_F(ShellTest, TerminalWindowWhenTheDesktopHasOne) {
     {
         ScopedEnv path("PATH", tmp.Path().c_str());
         EXPECT_EQ(ShellCommandArgs("cmd", "/c \"/d/_unpak_.bat\"", true, result),
-                  (std::vector<std::string>{fake, "-e", runner, "/d/_unpak_.bat"}));
+                  (Args{fake, "-e", runner, "/d/_unpak_.bat"}));
     }
     ScopedEnv path("PATH", "/nonexistent");
-    EXPECT_EQ(ShellCommandArgs("cmd", "/c \"/d/_unpak_.bat\"", true, result),
-              (std::vector<std::string>{runner, "/d/_unpak_.bat"}));
-}
-
-TEST_F(ShellTest, OtherRequestsAreRefusedWithAnErrorCode) {
-    int32_t result = 0;
-    EXPECT_TRUE(ShellCommandArgs("notepad", "/c \"x\"", false, result).empty());
-    EXPECT_EQ(result, SE_ERR_NOASSOC);
-    for (const char* params : {"/k \"x\"", "\"x\"", "/c x", "/c \"x", "/c \"\"", ""}) {
-        EXPECT_TRUE(ShellCommandArgs("cmd", params, false, result).empty()) << params;
-        EXPECT_EQ(result, ERROR_BAD_FORMAT) << params;
-    }
-    EXPECT_EQ(ShellExecuteA(0, "print", "cmd", "/c \"x\"", "", 1), SE_ERR_NOASSOC);
-    EXPECT_EQ(ShellExecuteA(0, "open", "cmd", "/c \"x\"", tmp / "missing", 1), SE_ERR_PNF);
-    App::SetExecutable(tmp.Path(), "quarrin");
-    EXPECT_EQ(ShellExecuteA(0, "open", "cmd", "/c \"x\"", "", 1), SE_ERR_FNF);
+    EXPECT_EQ(ShellCommandArgs("cmd", "/c \"/d/_unpak_.bat\"", true, result), (Args{runner, "/d/_unpak_.bat"}));
 }
 
 // The runner goes on by itself; the test waits for what it leaves behind.
@@ -107,17 +92,7 @@ TEST_F(ShellTest, RunsTheCommandFileDetached) {
     EXPECT_FALSE(std::filesystem::exists(dest + "m.bin.zip"));
 }
 
-TEST(Processes, RunProgramGivesTheExitStatus) {
-    std::string error;
-    EXPECT_EQ(RunProgram({"/bin/sh", "-c", "exit 7"}, "", error), 7);
-    EXPECT_EQ(RunProgram({"/bin/pwd"}, "/", error), 0);
-    EXPECT_EQ(RunProgram({"/nonexistent/program"}, "", error), -1);
-    EXPECT_FALSE(error.empty());
-    EXPECT_EQ(RunProgram({"/bin/true"}, "/nonexistent/folder", error), -1);
-    EXPECT_EQ(StartDetached({"/nonexistent/program"}, ""), ENOENT);
-}
-
-TEST(Processes, ArgumentsReachTheProgramAsBytes) {
+TEST(Processes, ArgumentsReachTheProgramAsBytesAndTheExitStatusComesBack) {
     TempDir tmp;
     // Each argument arrives whole; nothing in it is interpreted.
     const std::string odd = "a b;c&d|e`f`$(g)\"h'";
@@ -125,13 +100,11 @@ TEST(Processes, ArgumentsReachTheProgramAsBytes) {
     EXPECT_EQ(RunProgram({"/usr/bin/touch", odd}, tmp.Path(), error), 0) << error;
     EXPECT_TRUE(std::filesystem::exists(tmp / odd));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(tmp.Path()), {}), 1);
-}
-
-TEST(Processes, FindProgramSearchesThePath) {
-    EXPECT_EQ(FindProgram("sh").empty(), false);
-    EXPECT_EQ(FindProgram("/bin/sh"), "/bin/sh");
-    EXPECT_EQ(FindProgram("no-such-program-anywhere"), "");
-    EXPECT_EQ(FindProgram(""), "");
+    EXPECT_EQ(RunProgram({"/bin/sh", "-c", "exit 7"}, "", error), 7);
+    EXPECT_EQ(RunProgram({"/nonexistent/program"}, "", error), -1);
+    EXPECT_FALSE(error.empty());
+    EXPECT_EQ(RunProgram({"/bin/true"}, "/nonexistent/folder", error), -1);
+    EXPECT_EQ(StartDetached({"/nonexistent/program"}, ""), ENOENT);
 }
 
 }  // namespace

@@ -14,19 +14,13 @@ struct Delivered {
 };
 
 // A procedure that records what reaches it and answers wParam + 1.
-class Recorder {
-public:
-    Recorder()
-        : address_(RegisterWindowProc([this](int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t) {
-              seen.push_back({hWnd, uMsg, wParam});
-              return wParam + 1;
-          })) {}
-    ~Recorder() { UnregisterWindowProc(address_); }
-    int32_t Address() const { return address_; }
+struct Recorder {
+    ~Recorder() { UnregisterWindowProc(address); }
     std::vector<Delivered> seen;
-
-private:
-    int32_t address_;
+    const int32_t address = RegisterWindowProc([this](int32_t hWnd, uint32_t uMsg, int32_t wParam, int32_t) {
+        seen.push_back({hWnd, uMsg, wParam});
+        return wParam + 1;
+    });
 };
 
 }  // namespace
@@ -34,7 +28,6 @@ private:
 TEST(WindowsTest, WindowsHaveParentsOwnersPropertiesAndProcedures) {
     const int32_t parent = CreatePlatformWindow();
     const int32_t child = CreatePlatformWindow(parent);
-    const int32_t foreign = CreatePlatformWindow(0, GetCurrentProcessId() + 4);
     const int32_t dialog = CreateDialogWindow(child);
     EXPECT_EQ(parent % 4, 0);
     EXPECT_EQ(child, parent + 4);
@@ -43,13 +36,6 @@ TEST(WindowsTest, WindowsHaveParentsOwnersPropertiesAndProcedures) {
     EXPECT_EQ(SetParent(child, 0), parent);
     EXPECT_EQ(GetParent(child), 0);
 
-    uint32_t process = 0;
-    EXPECT_NE(GetWindowThreadProcessId(foreign, &process), 0u);
-    EXPECT_EQ(process, GetCurrentProcessId() + 4);
-    GetWindowThreadProcessId(child, &process);
-    EXPECT_EQ(process, GetCurrentProcessId());
-
-    EXPECT_EQ(GetPropA(child, "1234"), 0);
     EXPECT_EQ(SetPropA(child, "1234", -7), 1);
     EXPECT_EQ(SetPropA(child, "C1234", 2), 1);
     EXPECT_EQ(GetPropA(child, "1234"), -7);
@@ -62,9 +48,9 @@ TEST(WindowsTest, WindowsHaveParentsOwnersPropertiesAndProcedures) {
     // through its new procedure, and the old one stays callable.
     Recorder recorder;
     EXPECT_EQ(SendMessageA(child, WM_HSCROLL, 5, 0), 0);
-    const int32_t old = SetWindowLongA(child, GWL_WNDPROC, recorder.Address());
+    const int32_t old = SetWindowLongA(child, GWL_WNDPROC, recorder.address);
     EXPECT_EQ(old, DefWindowProcAddress());
-    EXPECT_EQ(GetWindowLongA(child, GWL_WNDPROC), recorder.Address());
+    EXPECT_EQ(GetWindowLongA(child, GWL_WNDPROC), recorder.address);
     EXPECT_EQ(SendMessageA(child, WM_HSCROLL, 5, 0), 6);
     EXPECT_EQ(CallWindowProcA(old, child, WM_HSCROLL, 5, 0), 0);
     EXPECT_EQ(CallWindowProcA(12345, child, WM_HSCROLL, 5, 0), 0);
@@ -75,12 +61,11 @@ TEST(WindowsTest, WindowsHaveParentsOwnersPropertiesAndProcedures) {
         EXPECT_EQ(IsWindow(gone), 0);
         EXPECT_EQ(SetPropA(gone, "1234", 1), 0);
         EXPECT_EQ(SendMessageA(gone, WM_HSCROLL, 5, 0), 0);
-        EXPECT_EQ(SetWindowLongA(gone, GWL_WNDPROC, recorder.Address()), 0);
+        EXPECT_EQ(SetWindowLongA(gone, GWL_WNDPROC, recorder.address), 0);
         EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
     }
     EXPECT_EQ(recorder.seen.size(), 1u);
     DestroyWindow(parent);
-    DestroyWindow(foreign);
     DestroyDialogWindow(dialog);
 }
 
@@ -88,8 +73,8 @@ TEST(WindowsTest, PostedMessagesWaitForAPassAndComeInOrder) {
     Recorder recorder;
     const int32_t a = CreatePlatformWindow();
     const int32_t b = CreatePlatformWindow();
-    SetWindowLongA(a, GWL_WNDPROC, recorder.Address());
-    SetWindowLongA(b, GWL_WNDPROC, recorder.Address());
+    SetWindowLongA(a, GWL_WNDPROC, recorder.address);
+    SetWindowLongA(b, GWL_WNDPROC, recorder.address);
     int asked = 0;
     SetPostedMessageNotify([&asked] { ++asked; });
 
