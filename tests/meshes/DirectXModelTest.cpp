@@ -31,8 +31,6 @@ MeshTable<T> Table(const std::vector<T>& rows, int32_t upper) {
     return table;
 }
 
-constexpr float kInf = std::numeric_limits<float>::infinity();
-
 }  // namespace
 
 TEST(FormatSingle, WritesTheGeneralFormatRoundedToSevenDigits) {
@@ -42,7 +40,7 @@ TEST(FormatSingle, WritesTheGeneralFormatRoundedToSevenDigits) {
         {std::numeric_limits<float>::denorm_min(), "1.401298E-45"}, {-0.0f, "0"}, {1.2345674f, "1.234567"},
         // A carry through every digit takes the next power of ten, and the form
         // follows the rounded value.
-        {1.9999999f, "2"}, {9.9999995e-5f, "0.0001"}, {-9999999.5e3f, "-1E+10"}, {-kInf, "-inf"},
+        {1.9999999f, "2"}, {9.9999995e-5f, "0.0001"}, {-9999999.5e3f, "-1E+10"}, {-HUGE_VALF, "-inf"},
     };
     for (const auto& [value, text] : cases) EXPECT_EQ(FormatSingle(value), text) << "for " << value;
     // A walk over the bit patterns of all magnitudes.
@@ -62,14 +60,11 @@ TEST(DirectXModel, WritesTheTablesBetweenTheFixedParts) {
     const std::string tail = "Material {\r\n 1.0;1.0;1.0;1.0;;\r\n 50.0;\r\n 1.0;1.0;1.0;;\r\n 0.0;0.0;0.0;;\r\n }"
                              "\r\n\r\n}\r\n}\r\n";
     // The fields the model does not use are set, to be left out.
-    const auto worked = Table<MeshVertex>({{0, 0, 0, 99}, {1, 0, 0, 99}, {0, 1.5f, 0, 99}}, 3);
     const auto three = Table<MeshVertex>({{0.1f, -2.5f, 3, 99}, {4, 5, 6}, {7, 8, 9}}, 3);
     const auto faces = Table<MeshPolygon>({{0, 1, 2, 99}, {2, 1, 0}, {-1, 32767, -32768}}, 3);
     const auto vertices = Table<MeshVertex>({{1, 2, 3}}, 4);
     const auto polygons = Table<MeshPolygon>({}, 2);
     const std::pair<MeshGeometry, std::string> cases[] = {
-        {{3, &worked, 1, &faces}, "3;\r\n0;0;0;,\r\n1;0;0;,\r\n0;1.5;0;;\r\n\r\n1;\r\n3;0,1,2;;\r\n"
-                            "MeshMaterialList {\r\n  1;\r\n 1;\r\n  0;\r\n"},
         // The 16-bit pattern 0xFFFF is the index -1.
         {{3, &three, 3, &faces}, "3;\r\n0.1;-2.5;3;,\r\n4;5;6;,\r\n7;8;9;;\r\n\r\n3;\r\n3;0,1,2;,\r\n3;2,1,0;,\r\n"
                            "3;-1,32767,-32768;;\r\nMeshMaterialList {\r\n  1;\r\n 3;\r\n  0,\r\n  0,\r\n  0;\r\n"},
@@ -94,7 +89,7 @@ TEST(DirectXModel, WritesTheTablesBetweenTheFixedParts) {
               DirectXModelSize({0, &vertices, 0, &many}) + int64_t{INT32_MAX} * (11 + 6) - 6 + 9 * 2);
 }
 
-TEST(DirectXModel, HandsOverLinesInPiecesAndKeepsThemWhenTheWritingFails) {
+TEST(DirectXModel, HandsOverLinesInPiecesAndStopsWhenTheWritingFails) {
     const auto vertices = Table(std::vector<MeshVertex>(20000, {1.25f, -3, 0.5f}), 20000);
     const MeshGeometry mesh{20000, &vertices, 0, nullptr};
     std::vector<std::string> pieces;
@@ -107,13 +102,6 @@ TEST(DirectXModel, HandsOverLinesInPiecesAndKeepsThemWhenTheWritingFails) {
     ASSERT_EQ(pieces.size(), 2u);
     EXPECT_TRUE(pieces[0].ends_with("\r\n"));
     EXPECT_EQ(DirectXModelText(mesh).substr(0, pieces[0].size() + pieces[1].size()), pieces[0] + pieces[1]);
-    // A vertex table that was never allocated stops the text after its count.
-    MeshTable<MeshVertex> never;
-    std::string got;
-    EXPECT_EQ(fixtures::ErrorOf([&] {
-                  WriteDirectXModel({5, &never, 0, nullptr}, [&got](std::string_view piece) { got.append(piece); });
-              }).Number, vbErrSubscript);
-    EXPECT_EQ(got, std::string(kDirectXTextHeader) + "\r\nMesh  {\r\n5;\r\n");
 }
 
 
@@ -126,18 +114,13 @@ TEST(DirectXModel, IsWrittenByTheCommandLineAndReadByAssimp) {
                     {1e8f, 1.5e-9f, -2.5f}, {-1, 1, 1}};
     box.Polygons = {{0, 2, 1}, {0, 3, 2}, {4, 5, 6}, {4, 6, 7}, {0, 1, 5}, {0, 5, 4},
                     {2, 3, 7}, {2, 7, 6}, {1, 2, 6}, {1, 6, 5}, {0, 4, 7}, {0, 7, 3}};
-    box.Textures = fixtures::CubeMesh().Textures;
     TempDir dir;
     fixtures::WriteFile(dir / "box.msh", fixtures::BuildMesh(box));
-    fixtures::ProgramResult r = RunAndCapture({cli, "mesh", "report", dir / "box.msh"});
-    EXPECT_EQ(r.Output, "Objects:\t1\r\nVertexes:\t8\r\nPolygons:\t12\r\nTexture(s) information(s):2\r\n"
-                        "Info# 0\r\n a) stone.btm\r\n b) stone.plt\r\n c) walls\r\n d) granite\r\n"
-                        "Info# 1\r\n a) wood.btm\r\n b) \r\n c) lid\r\n d) oak\r\n");
     // An existing target is replaced, as a user answering Yes would have it;
     // without the extension, the dialog's filter adds it.
     fixtures::WriteFile(dir / "box.x", "old");
     ASSERT_EQ(RunAndCapture({cli, "mesh", "export", dir / "box.msh", dir / "box.x"}).Status, 0);
-    r = RunAndCapture({cli, "mesh", "export", dir / "box.msh", dir / "plain"});
+    fixtures::ProgramResult r = RunAndCapture({cli, "mesh", "export", dir / "box.msh", dir / "plain"});
     EXPECT_EQ(r.Output, dir / "plain.x" + "\n");
     EXPECT_EQ(fixtures::ReadFile(dir / "plain.x"), fixtures::ReadFile(dir / "box.x"));
     const std::string assimp = fixtures::ProgramOnPath("assimp");
@@ -154,9 +137,8 @@ TEST(DirectXModel, IsWrittenByTheCommandLineAndReadByAssimp) {
 
     fixtures::WriteFile(dir / "text.msh", "just some text, long enough to hold two headers of 28 bytes each");
     for (const std::vector<std::string>& args :
-         {std::vector<std::string>{"report", dir / "text.msh"}, {"report", dir.Path()}, {"report", dir / "none"},
-          {"export", dir / "text.msh", dir / "out.x"}, {"export", dir / "box.msh", dir / "no folder/out.x"},
-          {"report"}, {"frobnicate", dir / "box.msh"}}) {
+         {std::vector<std::string>{"report", dir / "text.msh"}, {"report", dir / "none"}, {"report"},
+          {"export", dir / "text.msh", dir / "out.x"}, {"export", dir / "box.msh", dir / "no folder/out.x"}}) {
         std::vector<std::string> argv = {cli, "mesh"};
         argv.insert(argv.end(), args.begin(), args.end());
         r = RunAndCapture(argv);

@@ -36,25 +36,19 @@ std::string Tga(TgaOptions options) { return fixtures::BuildTga(Column(), option
 TEST(CImageFiles, NamesEachKindFromItsHeadAlone) {
     fixtures::TempDir dir;
     FileHost host;
-    fixtures::JpegOptions thumbnail, extended;
-    thumbnail.Thumbnail = fixtures::GradientImage(8, 4);
-    extended.FrameMarker = 0xC1;
     struct Case {
         std::string bytes;
         const char* info;  // nullptr for a file that is refused
         const char* ext;
         bool show, save;
     } cases[] = {
-        {fixtures::BuildBmp24(fixtures::GradientImage(5, 3)), "BMP Picture 5x3", "bmp", true, false},
         {"BM", "BMP Picture 0x0", "bmp", true, false},
-        {fixtures::BuildGif(fixtures::Quantise332(fixtures::GradientImage(7, 2))), "GIF Picture 7x2", "gif", true, true},
         // "GIF" is enough, and its sizes are signed.
         {std::string("GIF\0\0\0\x2C\x01\xFE\xFF", 10), "GIF Picture 300x-2", "gif", true, true},
         {"GIX89a\x01\x00\x01\x00", nullptr, nullptr, false, false},
-        {fixtures::BuildJpeg(fixtures::GradientImage(33, 17)), "JPG Picture 33x17", "jpg", true, true},
         // The thumbnail's frame comes first, so its size is the one given.
-        {fixtures::BuildJpeg(fixtures::GradientImage(40, 30), thumbnail), "JPG Picture 8x4", "jpg", true, true},
-        {fixtures::BuildJpeg(fixtures::GradientImage(40, 30), extended), "JPG Picture ", "jpg", false, false},
+        {fixtures::BuildJpeg(fixtures::GradientImage(40, 30), {.Thumbnail = fixtures::GradientImage(8, 4)}),
+         "JPG Picture 8x4", "jpg", true, true},
         // In 0xFF 0xFF 0xC0 the second 0xFF is taken as the marker's second
         // byte; a third 0xFF in front puts the pair back in step.
         {Jpeg("\xFF" + kSof16x32), "JPG Picture ", "jpg", false, false},
@@ -64,7 +58,6 @@ TEST(CImageFiles, NamesEachKindFromItsHeadAlone) {
         {Jpeg("\x12\xFF\xC0"), "JPG Picture ", "jpg", false, false},
         {Jpeg(std::string("\x12\xFF\xC0\x00", 4)), "JPG Picture 0x0", "jpg", true, true},
         {std::string("\xFF\x00\xFF\xC0", 4), nullptr, nullptr, false, false},
-        {fixtures::BuildTga(fixtures::GradientImage(6, 4)), "TGA Bitmap : 6x4 (24 Bits/Pixel)", "tga", true, true},
         {"", nullptr, nullptr, false, false},
     };
     for (const Case& c : cases) {
@@ -99,7 +92,6 @@ TEST(CTGAFile, DecodesRowsAsTheDescriptorSays) {
         TgaOptions options;
         std::vector<uint8_t> bits;  // bottom row first, blue green red, stride 4
     } cases[] = {
-        {{}, {0xFF, 0, 0, 0, 0, 0, 0xFF, 0}},
         {{.TopDown = true}, {0xFF, 0, 0, 0, 0, 0, 0xFF, 0}},
         // Grey levels become three equal bytes; the type does not decide.
         {{.ImageType = 3, .PixelDepth = 8}, {29, 29, 29, 0, 76, 76, 76, 0}},

@@ -76,18 +76,13 @@ TEST(PictureCli, WritesWhatThePaneShowsAndRefusesTheRest) {
     REQUIRE_IMAGEMAGICK();
     TempDir dir;
     WriteFile(dir / "grad.btm", fixtures::GradientBtm(13, 5));
-    fixtures::BtmSpec shortData;
-    shortData.Width = shortData.Height = 4;
-    shortData.Pixels = std::string(10, '\x01');
-    shortData.DataSize = 16;  // the file ends 6 bytes into the pixel data
-    shortData.Shape = fixtures::PaletteShape::Missing;
-    WriteFile(dir / "short.btm", fixtures::BuildBtm(shortData));
+    // The file ends 6 bytes into the pixel data.
+    WriteFile(dir / "short.btm", fixtures::BuildBtm({.Width = 4, .Height = 4, .Pixels = std::string(10, '\x01'),
+                                                     .Shape = fixtures::PaletteShape::Missing, .DataSize = 16}));
     WriteFile(dir / "strip.plt", fixtures::PaletteFile(fixtures::RainbowPalette()));
     WriteFile(dir / "grad.gif", fixtures::BuildGif(fixtures::Quantise332(fixtures::GradientImage(9, 6))));
     WriteFile(dir / "grad.tga", fixtures::BuildTga(fixtures::GradientImage(7, 3)));
-    fixtures::JpegOptions extended;
-    extended.FrameMarker = 0xC1;
-    WriteFile(dir / "nomark.jpg", fixtures::BuildJpeg(fixtures::GradientImage(8, 8), extended));
+    WriteFile(dir / "nomark.jpg", fixtures::BuildJpeg(fixtures::GradientImage(8, 8), {.FrameMarker = 0xC1}));
     std::string damaged = fixtures::BuildJpeg(fixtures::GradientImage(8, 8));
     WriteFile(dir / "damaged.jpg", damaged.substr(0, damaged.find(std::string("\xFF\xC0", 2)) + 20));
     WriteFile(dir / "notes.txt", "text");

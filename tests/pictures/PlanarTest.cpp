@@ -21,10 +21,9 @@ using fixtures::PaletteShape;
 
 namespace {
 
-std::string Btm(int32_t width, int32_t height, std::string pixels, int32_t bytesPerPixel = 1,
-                const std::function<void(BtmSpec&)>& change = {}) {
-    BtmSpec s;
-    s.Width = width, s.Height = height, s.BytesPerPixel = bytesPerPixel, s.Pixels = std::move(pixels);
+// A bitmap of 3 x 2 pixels, changed as a case needs.
+std::string Btm(const std::function<void(BtmSpec&)>& change = {}) {
+    BtmSpec s{.Width = 3, .Height = 2, .Pixels = "ABCDEF"};
     if (change) change(s);
     return fixtures::BuildBtm(s);
 }
@@ -59,27 +58,23 @@ struct Bitmap {
 }  // namespace
 
 TEST(CBtm, DecodesRowsIntoTheBottomUpSection) {
-    struct Case {
-        int32_t width, height, bytesPerPixel;
-        std::string pixels;
-        std::vector<uint8_t> bits;
-    } cases[] = {
+    const std::pair<BtmSpec, std::vector<uint8_t>> cases[] = {
         // The file's first row ends at the top: D E F 0 A B C 0.
-        {3, 2, 1, "ABCDEF", {'D', 'E', 'F', 0, 'A', 'B', 'C', 0}},
+        {{.Width = 3, .Height = 2, .Pixels = "ABCDEF"}, {'D', 'E', 'F', 0, 'A', 'B', 'C', 0}},
         // Only the first byte of a pixel reaches the section.
-        {3, 2, 2, "AaBbCcDdEeFf", {'D', 'E', 'F', 0, 'A', 'B', 'C', 0}},
-        {2, 1, 4, "A123B456", {'A', 'B', 0, 0}},
+        {{.Width = 3, .Height = 2, .BytesPerPixel = 2, .Pixels = "AaBbCcDdEeFf"}, {'D', 'E', 'F', 0, 'A', 'B', 'C', 0}},
+        {{.Width = 2, .Height = 1, .BytesPerPixel = 4, .Pixels = "A123B456"}, {'A', 'B', 0, 0}},
         // The data has one byte more than its size, which stays 0.
-        {3, 2, 1, "ABCDE", {'D', 'E', 0, 0, 'A', 'B', 'C', 0}},
-        {5, 1, 1, "12345", {'1', '2', '3', '4', '5', 0, 0, 0}},
+        {{.Width = 3, .Height = 2, .Pixels = "ABCDE"}, {'D', 'E', 0, 0, 'A', 'B', 'C', 0}},
+        {{.Width = 5, .Height = 1, .Pixels = "12345"}, {'1', '2', '3', '4', '5', 0, 0, 0}},
         // No bytes per pixel: every pixel is the first byte.
-        {2, 2, 0, "Q!", {'Q', 'Q', 0, 0, 'Q', 'Q', 0, 0}},
+        {{.Width = 2, .Height = 2, .BytesPerPixel = 0, .Pixels = "Q!"}, {'Q', 'Q', 0, 0, 'Q', 'Q', 0, 0}},
     };
-    for (const Case& c : cases) {
+    for (const auto& [spec, bits] : cases) {
         Bitmap b;
-        ASSERT_TRUE(b.Open(Btm(c.width, c.height, c.pixels, c.bytesPerPixel)));
-        ASSERT_TRUE(b.btm.Show(0)) << c.pixels;
-        EXPECT_EQ(b.Bits(), c.bits) << c.pixels;
+        ASSERT_TRUE(b.Open(fixtures::BuildBtm(spec)));
+        ASSERT_TRUE(b.btm.Show(0)) << spec.Pixels;
+        EXPECT_EQ(b.Bits(), bits) << spec.Pixels;
     }
 }
 
@@ -88,9 +83,8 @@ TEST(CBtm, TakesItsPaletteOrAGreyRampAndThePaneShowsThePicture) {
     for (PaletteShape shape : {PaletteShape::Full, PaletteShape::Missing, PaletteShape::Short, PaletteShape::WrongId}) {
         SCOPED_TRACE(static_cast<int>(shape));
         Bitmap b;
-        ASSERT_TRUE(b.Open(Btm(2, 1, std::string("\x00\xFF", 2), 1, [&](BtmSpec& s) {
-            s.Palette = palette, s.Shape = shape;
-        })));
+        ASSERT_TRUE(b.Open(fixtures::BuildBtm(
+            {.Width = 2, .Height = 1, .Pixels = std::string("\x00\xFF", 2), .Palette = palette, .Shape = shape})));
         b.host.oPicture.Move(0, 0, 2, 1);
         ASSERT_TRUE(b.btm.Show(b.host.oPicture.hDC));
         const bool full = shape == PaletteShape::Full;
@@ -104,22 +98,21 @@ TEST(CBtm, TakesItsPaletteOrAGreyRampAndThePaneShowsThePicture) {
 
 TEST(CBtm, RefusesOrShowsBlankWhatItCannotDecode) {
     enum Outcome { InitFalse, ShowFalse, ShowBlank };
-    const std::string good = Btm(3, 2, "ABCDEF");
-    const auto with = [](const std::function<void(BtmSpec&)>& change) { return Btm(3, 2, "ABCDEF", 1, change); };
+    const std::string good = Btm();
     const std::pair<std::string, Outcome> cases[] = {
         {good.substr(0, 55), InitFalse},
         {std::string("\x72") + good.substr(1), InitFalse},
         {fixtures::PlanarHeader(fixtures::kIdPlanarPalette, 3, 2, 1, 6, 0), InitFalse},
         {good.substr(0, 56 + 5), ShowFalse},
-        {with([](BtmSpec& s) { s.DataSize = 0x7FFFFFF0; }), ShowFalse},
-        {with([](BtmSpec& s) { s.DataSize = -1; }), ShowFalse},
-        {with([](BtmSpec& s) { s.Width = 0; }), ShowFalse},
-        {with([](BtmSpec& s) { s.Height = -2; }), ShowFalse},
-        {with([](BtmSpec& s) { s.Width = s.Height = 0x10000; }), ShowFalse},
+        {Btm([](BtmSpec& s) { s.DataSize = 0x7FFFFFF0; }), ShowFalse},
+        {Btm([](BtmSpec& s) { s.DataSize = -1; }), ShowFalse},
+        {Btm([](BtmSpec& s) { s.Width = 0; }), ShowFalse},
+        {Btm([](BtmSpec& s) { s.Height = -2; }), ShowFalse},
+        {Btm([](BtmSpec& s) { s.Width = s.Height = 0x10000; }), ShowFalse},
         // Too little data for the size: the colour table is set, no pixel.
-        {with([](BtmSpec& s) { s.DataSize = 4; }), ShowBlank},
-        {with([](BtmSpec& s) { s.BytesPerPixel = 2, s.Pixels = "AaBbCcDdEeF", s.DataSize = 10; }), ShowBlank},
-        {with([](BtmSpec& s) { s.BytesPerPixel = -1; }), ShowBlank},
+        {Btm([](BtmSpec& s) { s.DataSize = 4; }), ShowBlank},
+        {Btm([](BtmSpec& s) { s.BytesPerPixel = 2, s.Pixels = "AaBbCcDdEeF", s.DataSize = 10; }), ShowBlank},
+        {Btm([](BtmSpec& s) { s.BytesPerPixel = -1; }), ShowBlank},
     };
     for (const auto& [bytes, outcome] : cases) {
         SCOPED_TRACE(&bytes - &cases[0].first);
@@ -137,7 +130,7 @@ TEST(CBtm, RefusesOrShowsBlankWhatItCannotDecode) {
 }
 
 TEST(CBtm, DecodesOnceAndRetriesAfterAShortRead) {
-    const std::string whole = Btm(3, 2, "ABCDEF");
+    const std::string whole = Btm();
     Bitmap b;
     ASSERT_TRUE(b.Open(whole.substr(0, 60)));
     EXPECT_FALSE(b.btm.Show(0));
@@ -145,7 +138,7 @@ TEST(CBtm, DecodesOnceAndRetriesAfterAShortRead) {
     fixtures::WriteFile(b.dir / "picture.btm", whole);
     ASSERT_TRUE(b.btm.Show(0));
     // Later Shows read nothing: a changed file paints the first picture.
-    fixtures::WriteFile(b.dir / "picture.btm", Btm(3, 2, "zzzzzz"));
+    fixtures::WriteFile(b.dir / "picture.btm", Btm([](BtmSpec& s) { s.Pixels = "zzzzzz"; }));
     b.host.oPicture.Move(0, 0, 3, 2);
     ASSERT_TRUE(b.btm.Show(b.host.oPicture.hDC));
     EXPECT_EQ(b.host.oPicture.Point(0, 0), 'A' * 0x010101);
@@ -211,12 +204,9 @@ TEST(DibEngine, PaletteOperationsChangeTheTableAlone) {
         void (*op)(CBtm&);
         std::vector<int32_t> expected;
     } cases[] = {
-        {[](CBtm& d) { d.Fade(255); }, {0xFFFFFF, 0x804020, 0x000000}},
         {[](CBtm& d) { d.Fade(128); }, {0x808080, 0x402010, 0}},
-        {[](CBtm& d) { d.Invert(); }, {0x000000, 0x7FBFDF, 0xFFFFFF}},
         // 222 x 32 + 707 x 64 + 71 x 128 = 61,400: 61.4 rounds to 61.
         {[](CBtm& d) { d.GrayScale(); }, {0xFFFFFF, 0x3D3D3D, 0x000000}},
-        {[](CBtm& d) { d.AdjustLightness(100); }, {0xFFFFFF, 0x804020, 0x000000}},
         {[](CBtm& d) { d.AdjustLightness(200); }, {0xFFFFFF, 0xD98D67, 0x000000}},
         {[](CBtm& d) { d.AdjustLightness(50); }, {0x808080, 0x402010, 0x000000}},
     };
@@ -236,15 +226,9 @@ TEST(DibEngine, PaletteOperationsChangeTheTableAlone) {
 }
 
 TEST(DibEngine, SectionsPaintCopyAndLoad) {
-    for (auto [width, stride] : {std::pair{1, 4}, {4, 4}, {5, 8}}) EXPECT_EQ(Bitmap(width, 1).btm.BytesPerScanLine(), stride);
     Bitmap source(3, 2, {0x000000, 0x0000FF, 0x00FF00});
     uint8_t* bits = source.btm.DIBSectionBitsPtr();
     bits[0] = 1, bits[1] = 2, bits[4] = 2;  // bottom row 1 2 0, top row 2 0 0
-    FileHost host;
-    host.oPicture.Move(0, 0, 3, 2);
-    source.btm.PaintPicture(host.oPicture.hDC);
-    EXPECT_EQ((std::array{host.oPicture.Point(0, 0), host.oPicture.Point(0, 1), host.oPicture.Point(1, 1)}),
-              (std::array{0x00FF00, 0x0000FF, 0x00FF00}));
     Bitmap copy(3, 2);
     copy.btm.CopyPalette(source.btm);
     EXPECT_EQ(copy.Colors(3), (std::vector<int32_t>{0, 0xFF, 0xFF00}));
