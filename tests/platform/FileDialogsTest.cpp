@@ -47,13 +47,10 @@ TEST(FileDialogCalls, AChoiceFillsTheBuffersAndOffsets) {
     r.lpstrDefExt = "pak";
     r.nFilterIndex = 7;  // beyond the list: the chooser starts at the first
     ASSERT_EQ(GetOpenFileNameA(&r), 1);
-    EXPECT_EQ(CommDlgExtendedError(), 0u);
     EXPECT_EQ(user.Requests.at(0).filterIndex, 1);
     EXPECT_EQ(user.Requests[0].filters,
               (std::vector<std::pair<std::string, std::string>>{{"Pak", "*.pak"}, {"Mesh", "*.msh;*.mdl"}}));
-    EXPECT_EQ(r.lpstrFile.size(), 260u);
     EXPECT_EQ(r.lpstrFile.substr(0, 22), std::string("/games/data/world.msh\0", 22));
-    EXPECT_EQ(r.lpstrFileTitle.substr(0, 10), std::string("world.msh\0", 10));
     EXPECT_EQ(r.nFileOffset, 12);
     EXPECT_EQ(r.nFileExtension, 18);
     EXPECT_EQ(r.nFilterIndex, 2u);
