@@ -11,7 +11,6 @@
 #include "pictures/CTGAFile.h"
 #include "platform/Files.h"
 
-using fixtures::RgbImage;
 using fixtures::TgaOptions;
 
 namespace {
@@ -21,15 +20,9 @@ std::string Jpeg(const std::string& body) { return std::string("\xFF\xD8", 2) + 
 // A baseline frame segment: length 17, precision 8, height 16, width 32.
 const std::string kSof16x32 = std::string("\xFF\xC0\x00\x11\x08\x00\x10\x00\x20", 9) + std::string(12, '\x01');
 
-// Two rows of one pixel: red above blue.
-RgbImage Column() {
-    RgbImage image(1, 2);
-    image.At(0, 0)[0] = 0xFF;
-    image.At(0, 1)[2] = 0xFF;
-    return image;
-}
-
-std::string Tga(TgaOptions options) { return fixtures::BuildTga(Column(), options); }
+// Two rows of one pixel: dark blue (0, 0, 127) above cyan (0, 255, 255), grey
+// levels 14 and 178.
+std::string Tga(TgaOptions options) { return fixtures::BuildTga(fixtures::GradientImage(1, 2), options); }
 
 }  // namespace
 
@@ -87,57 +80,46 @@ TEST(CImageFiles, NamesEachKindFromItsHeadAlone) {
     EXPECT_EQ(images.Information(), "GIF Picture 2x3");
 }
 
-TEST(CTGAFile, DecodesRowsAsTheDescriptorSays) {
-    struct Case {
-        TgaOptions options;
-        std::vector<uint8_t> bits;  // bottom row first, blue green red, stride 4
-    } cases[] = {
-        {{.TopDown = true}, {0xFF, 0, 0, 0, 0, 0, 0xFF, 0}},
-        // Grey levels become three equal bytes; the type does not decide.
-        {{.ImageType = 3, .PixelDepth = 8}, {29, 29, 29, 0, 76, 76, 76, 0}},
-        {{.ImageType = 2, .PixelDepth = 8, .TopDown = true}, {29, 29, 29, 0, 76, 76, 76, 0}},
-        // A colour map is not skipped: its bytes (filled in below) are taken
-        // for the first row.
-        {{.ColorMapEntries = 1}, {0, 0, 0, 0, 0xFF, 0, 0, 0}},
-    };
-    for (const Case& c : cases) {
-        fixtures::TempDir dir;
-        const std::string bytes = Tga(c.options);
-        std::vector<uint8_t> expected = c.bits;
-        if (c.options.ColorMapEntries != 0) std::copy(bytes.begin() + 18, bytes.begin() + 21, expected.begin());
-        fixtures::WriteFile(dir / "p.tga", bytes);
-        CTGAFile tga;
-        ASSERT_TRUE(tga.Initialize(dir / "p.tga"));
-        EXPECT_EQ(tga.Information(), "TGA Bitmap : 1x2 (" + std::to_string(c.options.PixelDepth) + " Bits/Pixel)");
-        FileHost host;
-        host.oPicture.Move(0, 0, 1, 2);
-        ASSERT_TRUE(tga.Show(host.oPicture.hDC));
-        EXPECT_EQ(std::vector<uint8_t>(tga.DIBBitsPtr(), tga.DIBBitsPtr() + 8), expected);
-        EXPECT_EQ(host.oPicture.Point(0, 1), expected[0] << 16 | expected[1] << 8 | expected[2]);
-        EXPECT_TRUE(tga.Show(host.oPicture.hDC));
-    }
-}
-
-TEST(CTGAFile, RefusesWhatItCannotDecode) {
+// What the descriptor says decides the row order and the colours; what the
+// reader can't decode is refused, or taken and not shown.
+TEST(CTGAFile, DecodesWhatTheDescriptorSaysAndRefusesTheRest) {
     std::string wide = Tga({}), zero = Tga({});
     wide[12] = '\x00', wide[13] = '\x80';  // a width of 32768 reads as negative
     zero[14] = zero[15] = 0;
-    const std::pair<std::string, bool> cases[] = {
+    const std::string mapped = Tga({.ColorMapEntries = 1});
+    struct Case {
+        std::string bytes;
+        bool taken;
+        std::vector<uint8_t> bits;  // bottom row first, blue green red, stride 4; none when not shown
+    } cases[] = {
+        {Tga({.TopDown = true}), true, {0xFF, 0xFF, 0, 0, 0x7F, 0, 0, 0}},
+        // Grey levels become three equal bytes; the type does not decide.
+        {Tga({.ImageType = 3, .PixelDepth = 8}), true, {178, 178, 178, 0, 14, 14, 14, 0}},
+        {Tga({.ImageType = 2, .PixelDepth = 8, .TopDown = true}), true, {178, 178, 178, 0, 14, 14, 14, 0}},
+        // A colour map is not skipped: its bytes are taken for the first row.
+        {mapped, true, {uint8_t(mapped[18]), uint8_t(mapped[19]), uint8_t(mapped[20]), 0, 0xFF, 0xFF, 0, 0}},
         // Refused by Initialize: compressed, mapped, of other depths, with an id, cut in the header.
-        {Tga({.ImageType = 10}), false}, {Tga({.ImageType = 1}), false}, {Tga({.PixelDepth = 16}), false},
-        {Tga({.PixelDepth = 32}), false}, {Tga({.IdLength = 3}), false}, {Tga({.Truncate = 17}), false},
+        {Tga({.ImageType = 10}), false, {}}, {Tga({.ImageType = 1}), false, {}}, {Tga({.PixelDepth = 16}), false, {}},
+        {Tga({.PixelDepth = 32}), false, {}}, {Tga({.IdLength = 3}), false, {}}, {Tga({.Truncate = 17}), false, {}},
         // Taken, and not shown.
-        {Tga({.Truncate = 20}), true}, {wide, true}, {zero, true},
+        {Tga({.Truncate = 20}), true, {}}, {wide, true, {}}, {zero, true, {}},
     };
     fixtures::TempDir dir;
     const int32_t handles = OpenHandleCount();
-    for (const auto& [bytes, taken] : cases) {
-        SCOPED_TRACE(&bytes - &cases[0].first);
-        fixtures::WriteFile(dir / "p.tga", bytes);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        fixtures::WriteFile(dir / "p.tga", c.bytes);
         CTGAFile tga;
-        EXPECT_EQ(tga.Initialize(dir / "p.tga"), taken);
-        EXPECT_FALSE(taken && tga.Show(0));
-        EXPECT_FALSE(tga.Loaded());
+        FileHost host;
+        host.oPicture.Move(0, 0, 1, 2);
+        EXPECT_EQ(tga.Initialize(dir / "p.tga"), c.taken);
+        EXPECT_EQ(c.taken && tga.Show(host.oPicture.hDC), !c.bits.empty());
+        EXPECT_EQ(tga.Loaded(), !c.bits.empty());
+        if (c.bits.empty()) continue;
+        EXPECT_EQ(tga.Information(), "TGA Bitmap : 1x2 (" + std::to_string(uint8_t(c.bytes[16])) + " Bits/Pixel)");
+        EXPECT_EQ(std::vector<uint8_t>(tga.DIBBitsPtr(), tga.DIBBitsPtr() + 8), c.bits);
+        EXPECT_EQ(host.oPicture.Point(0, 1), c.bits[0] << 16 | c.bits[1] << 8 | c.bits[2]);
+        EXPECT_TRUE(tga.Show(host.oPicture.hDC));
     }
     EXPECT_EQ(OpenHandleCount(), handles);
     CTGAFile tga;
