@@ -201,6 +201,7 @@ TEST(DibEngine, PaletteOperationsChangeTheTableAlone) {
         void (*op)(CBtm&);
         std::vector<int32_t> expected;
     } cases[] = {
+        {[](CBtm& d) { d.Fade(255); }, {0xFFFFFF, 0x804020, 0x000000}},
         {[](CBtm& d) { d.Fade(128); }, {0x808080, 0x402010, 0}},
         // 222 x 32 + 707 x 64 + 71 x 128 = 61,400: 61.4 rounds to 61.
         {[](CBtm& d) { d.GrayScale(); }, {0xFFFFFF, 0x3D3D3D, 0x000000}},
