@@ -35,12 +35,9 @@ protected:
     void SetUp() override {
         const std::string tile = fixtures::GameFile(fixtures::kIdFlatTile, std::string(24, '\1'));
         for (const char* name : {"tile.ftl", "game.txt", "signed.wav"}) Add(name, tile);
-        Add("odd.bin", fixtures::GameFile(0x00C0FFEE, std::string(24, '\1')));
         Add("notes.txt", "first line\r\nsecond line\r\n");
         Add("level.MvLst", "a\r\n");
-        Add("sound.wav", "RIFF....WAVEfmt ");
         Add("plain.dat", "just some bytes");
-        Add("empty.dat", "");
         Add("cube.msh", fixtures::BuildMesh(fixtures::CubeMesh(fixtures::MeshKind::Msh)));
         Add("cube.amh", fixtures::BuildMesh(fixtures::CubeMesh(fixtures::MeshKind::Amh)));
         fixtures::MeshSpec mixed = fixtures::CubeMesh(fixtures::MeshKind::Msh);
@@ -54,13 +51,6 @@ protected:
         const fixtures::RgbImage image = fixtures::GradientImage(12, 7);
         Add("bars.bmp", fixtures::BuildBmp24(image));
         Add("grad.gif", fixtures::BuildGif(fixtures::Quantise332(image)));
-        Add("grad.tga", fixtures::BuildTga(image));
-        Add("photo.jpg", fixtures::BuildJpeg(image));
-        fixtures::JpegOptions extended;
-        extended.FrameMarker = 0xC1;
-        Add("nomark.jpg", fixtures::BuildJpeg(image, extended));
-        const uint8_t* last = image.At(11, 6);
-        tgaCorner = fixtures::ColorWord(last[0], last[1], last[2]);
     }
     void Add(const std::string& name, const std::string& bytes) { fixtures::WriteFile(dir / name, bytes); }
     // Lists the folder anew and selects a file, which raises the click.
@@ -77,9 +67,8 @@ protected:
     std::string Report(size_t length) { return form.tReport.Text().substr(0, length); }
     // The colour that a rainbow palette's index shows.
     static uint32_t Rainbow(int32_t index) { return fixtures::RainbowPalette()[index][2] & 0xFFFFFF; }
-    // The last pixel of the loader's pattern, and of the TGA, as colour words.
+    // The last pixel of the loader's pattern, as a colour word.
     static constexpr uint32_t kPatternCorner = fixtures::ColorWord(220, 180, 0x40);
-    uint32_t tgaCorner = 0;
 
     fixtures::TempDir dir;
     PatternLoader loader;

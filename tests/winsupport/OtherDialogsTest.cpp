@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <tuple>
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/ErrorOf.h"
@@ -42,7 +43,6 @@ TEST(Dialogs, ShowColor) {
     const Row rows[] = {
         {CC_ANYCOLOR, 0x0000FF, 0x00FF00, false, " 255", 0x00FF00, 0},
         {CC_FULLOPEN, 0x112233, 0x445566, false, " 1122867 full solid", 0x445566, 0},
-        {CC_PREVENTFULLOPEN | CC_ANYCOLOR, 0, 0x010203, false, " 0 prevent", 0x010203, 0},
         {CC_ANYCOLOR, static_cast<int32_t>(0x80000000u | COLOR_BTNFACE), 1, false, " 12632256", 1, 0},  // translated
         {CC_ANYCOLOR, static_cast<int32_t>(0x81000000u), 1, false, " 16777215", 1, 0},  // untranslatable: -1
         {CC_ANYCOLOR, 0x10, {}, true, " 16", 0x10, kDlgErrCancel},  // a cancel keeps the colour
@@ -60,7 +60,6 @@ TEST(Dialogs, ShowColor) {
                   row.asked);
         EXPECT_EQ(r.hwndOwner, 0x104);
         EXPECT_EQ(dlg.Color(), row.colorOut);
-        EXPECT_FALSE(dlg.IsFileDialog());
     }
     // The custom colours start as the system colours and keep the user's changes.
     fixtures::ScriptedColorDialogs user;
@@ -73,9 +72,6 @@ TEST(Dialogs, ShowColor) {
     EXPECT_EQ(user.Requests()[1].customColors[3] + user.Requests()[1].customColors[15], 0xABCDEFu + 0x123u);
     EXPECT_EQ(ErrorOf([&] { dlg.CustomColor(16); }).Number, vbErrSubscript);
     EXPECT_EQ(ErrorOf([&] { dlg.SetCustomColor(-1, 0); }).Number, vbErrSubscript);
-    ChooseColorArgs args;  // a direct caller gets -1 for a cancelled dialog
-    EXPECT_FALSE(dlg.Dialog().VBChooseColor(args));
-    EXPECT_EQ(args.Color, -1);
 }
 
 TEST(Dialogs, ShowFont) {
@@ -90,6 +86,7 @@ TEST(Dialogs, ShowFont) {
     const std::string g(40, 'G');
     const Row rows[] = {
         {StdFont{}, 0, 0, 0, 0, "MS Sans Serif 80 400", std::nullopt, "MS Sans Serif 8 0"},  // a cancel raises
+        // Without the effects the dialog gives back neither colour nor underline nor strikeout.
         {arial, 0, 0, 0, 0, "Arial 100 700", FontDialogAnswer{true, "Courier New", 125, FW_NORMAL, true, true, true, 0xFF},
          "Courier New 12 i 0 init screen"},
         {StdFont{"MS Sans Serif", 8, false, true}, 0x0000FF, 0, 0, 0, "MS Sans Serif 80 400 i effects",
@@ -187,94 +184,87 @@ TEST(Dialogs, ShowPrinter) {
                                       {"PaperSize", int(DMPAPER_LETTER)}, {"PrintQuality", 0}})
         EXPECT_EQ(printer->GetProperty(name).ToLong(), value) << name;
     EXPECT_EQ(dlg.Copies(), 1);
-    PrintDlgArgs args;  // collation comes back to a direct caller
-    user.Print(PrintDialogAnswer{true, "Ink", 2, true});
-    ASSERT_TRUE(dlg.Dialog().VBPrintDlg(args));
-    EXPECT_TRUE(args.Collate && !user.PrintRequests().at(1).collate);
-    EXPECT_EQ(args.Copies, 2);
 }
 
 TEST(Dialogs, PageSetupConvertsToAndFromTheCallersUnit) {
     struct Row {
         EPageSetupUnits units;
-        double margin, minMargin;           // all four sides alike
-        int32_t asked, askedMin, answered;  // hundredths of a millimetre
+        double top, others, min;  // the caller's margins
+        std::string asked;        // left, top and least top margin, in hundredths of a millimetre
         double marginOut, paperWidthOut;
     };
     const Row rows[] = {
-        {epsuInches, 1, 0, 2540, 0, 1270, 0.5, 8.268},     {epsuMillimeters, 10, 0, 1001, 0, 2000, 19.99, 210.01},
-        {epsuTwips, 720, 0, 1270, 0, 2540, 1440, 11905},   {epsuInches, 0, 0, 2540, 0, 1270, 0.5, 8.268},  // none: an inch
-        {epsuInches, 1, 1, 2540, 2540, 0, 1, 8.268},       // the minimum margins hold
+        {epsuInches, 1, 1, 0, " 2540 2540 0", 0.5, 8.268},
+        {epsuMillimeters, 10, 10, 0, " 1001 1001 0", 12.7, 210.01},
+        {epsuTwips, 720, 720, 360, " 1270 1270 635", 720, 11905},
+        {epsuInches, 0, 0, 0, " 2540 2540 0", 0.5, 8.268},  // none given: an inch
+        {epsuInches, 0.5, 0, 0, " 0 1270 0", 0.5, 8.268},   // one given gives all four
+        {epsuInches, 1, 1, 1, " 2540 2540 2540", 1, 8.268},  // the least margins hold
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.asked);
         fixtures::ScriptedPrintDialogs user;
         PageSetupAnswer answer;
-        answer.margins = RECT{row.answered, row.answered, row.answered, row.answered};
+        answer.margins = RECT{1270, 1270, 1270, 1270};
         answer.paper = POINT{21000, 29700};
         user.SetUp(answer);
         PageSetupArgs args;
         args.Owner = 0x104;
         args.DisableOrientation = true;
         args.Units = row.units;
-        args.LeftMargin = args.TopMargin = args.RightMargin = args.BottomMargin = row.margin;
-        args.MinLeftMargin = args.MinTopMargin = args.MinRightMargin = args.MinBottomMargin = row.minMargin;
+        args.TopMargin = row.top;
+        args.LeftMargin = args.RightMargin = args.BottomMargin = row.others;
+        args.MinLeftMargin = args.MinTopMargin = args.MinRightMargin = args.MinBottomMargin = row.min;
         ASSERT_TRUE(cCommonDialog().Dialog().VBPageSetupDlg(args));
         const PageSetupRequest& r = user.PageSetupRequests().at(0);
-        EXPECT_EQ(N(r.margins.left) + N(r.margins.bottom) + N(r.minMargins.top) + N(r.hwndOwner) +
+        EXPECT_EQ(N(r.margins.left) + N(r.margins.top) + N(r.minMargins.top) + N(r.hwndOwner) +
                       On({{r.disableOrientation, "orientation"}, {r.disablePaper, "paper"}}),
-                  N(row.asked) + N(row.asked) + N(row.askedMin) + " 260 orientation");
-        EXPECT_NEAR(args.LeftMargin, row.marginOut, 0.01 * row.marginOut + 0.001);
-        EXPECT_NEAR(args.BottomMargin, row.marginOut, 0.01 * row.marginOut + 0.001);
+                  row.asked + " 260 orientation");
+        EXPECT_NEAR(args.LeftMargin, row.marginOut, 0.01 * row.marginOut);
+        EXPECT_NEAR(args.BottomMargin, row.marginOut, 0.01 * row.marginOut);
         EXPECT_NEAR(args.PaperWidth, row.paperWidthOut, 0.001 * row.paperWidthOut);
     }
-    // One margin given gives all four.
-    fixtures::ScriptedPrintDialogs user;
-    user.SetUp(PageSetupAnswer{});
-    PageSetupArgs args;
-    args.TopMargin = 0.5;
-    ASSERT_TRUE(cCommonDialog().Dialog().VBPageSetupDlg(args));
-    const RECT& asked = user.PageSetupRequests().at(0).margins;
-    EXPECT_EQ(N(asked.left) + N(asked.top) + N(asked.right) + N(asked.bottom), " 0 1270 0 0");
 }
 
 TEST(Dialogs, ShowHelp) {
     App::SetExecutable("/opt/quarrin", "quarrin");
     fixtures::TempDir dir;
-    const std::string file = dir / "quarrin.hlp";
-    fixtures::WriteFile(file, "help");
-    const std::string missing = "The system cannot find the file specified.\r\n";
-    const std::string refused = "Invalid WinHelp Command Passed to ShowHelp function.";
+    fixtures::WriteFile(dir / "quarrin.hlp", "help");
+    const std::string refused = "quarrin.cCommonDialogInvalid WinHelp Command Passed to ShowHelp function.";
+    const std::string missing = "quarrin.cCommonDialogThe system cannot find the file specified.\r\n";
     struct Row {
         uint32_t command;
-        std::string file;
-        bool viewerOpens, viewerAsked;
+        std::string name;  // the help file in the test's folder; none: ""
+        bool opens, asked;  // whether a viewer opens the file, and whether it was asked
         int32_t failure;
         std::string text;
     };
     const Row rows[] = {
-        {HELP_CONTEXT, file, true, true, 0, ""}, {HELP_QUIT, "", true, false, 0, ""},  // nothing to close
-        {HELP_MULTIKEY, file, true, false, kDlgErrHelpCommand, refused},
-        {HELP_SETWINPOS, file, true, false, kDlgErrHelpCommand, refused},
-        {HELP_CONTENTS, dir / "none.hlp", true, false, 2, missing},
-        {HELP_CONTENTS, dir.Path(), true, false, 2, missing},  // a folder is no file
-        {HELP_CONTENTS, file, false, true, 1155, "No application is associated with the specified file for this operation.\r\n"},
+        {HELP_CONTEXT, "quarrin.hlp", true, true, 0, ""},
+        {HELP_QUIT, "", true, false, 0, ""},  // nothing to close
+        {HELP_MULTIKEY, "quarrin.hlp", true, false, kDlgErrHelpCommand, refused},
+        {HELP_SETWINPOS, "quarrin.hlp", true, false, kDlgErrHelpCommand, refused},
+        {HELP_CONTENTS, "none.hlp", true, false, 2, missing},
+        {HELP_CONTENTS, ".", true, false, 2, missing},  // a folder is no file
+        {HELP_CONTENTS, "quarrin.hlp", false, true, 1155,
+         "quarrin.cCommonDialogNo application is associated with the specified file for this operation.\r\n"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(N(row.command) + " " + row.file);
+    for (const auto& [command, name, opens, asked, failure, text] : rows) {
+        SCOPED_TRACE(name + N(command));
         fixtures::ScriptedFileDialogs files;
         fixtures::HelpRecorder viewer;
-        viewer.Opens = row.viewerOpens;
+        viewer.Opens = opens;
         cCommonDialog dlg;
         dlg.ShowOpen();  // cancelled; ShowHelp is not a file dialog
-        Set(dlg, {{&cCommonDialog::SetHelpCommand, static_cast<int32_t>(row.command)}, {&cCommonDialog::Sethwnd, 0x104}});
-        dlg.SetHelpFile(row.file);
+        Set(dlg, {{&cCommonDialog::SetHelpCommand, static_cast<int32_t>(command)}, {&cCommonDialog::Sethwnd, 0x104}});
+        const std::string file = name.empty() ? "" : dir / name;
+        dlg.SetHelpFile(file);
         const RuntimeError raised = ErrorOf([&] { dlg.ShowHelp(); });
-        EXPECT_EQ(raised.Number, row.failure);
-        EXPECT_EQ(raised.Source + raised.Description, (row.failure ? "quarrin.cCommonDialog" : "") + row.text);
+        EXPECT_EQ(raised.Number, failure);
+        EXPECT_EQ(raised.Source + raised.Description, text);
         EXPECT_FALSE(dlg.IsFileDialog());
-        ASSERT_EQ(viewer.Requests.size(), row.viewerAsked ? 1u : 0u);
+        ASSERT_EQ(viewer.Requests.size(), asked ? 1u : 0u);
         for (const HelpRequest& h : viewer.Requests)
-            EXPECT_EQ(h.file + N(h.command) + N(h.hwnd) + N(h.data), row.file + N(row.command) + " 260 0");
+            EXPECT_EQ(h.file + N(h.command) + N(h.hwnd) + N(h.data), file + N(command) + " 260 0");
     }
 }

@@ -6,9 +6,12 @@
 #include <vector>
 
 #include "fixtures/ErrorOf.h"
+#include "platform/Runtime.h"
+#include "platform/ScrollBars.h"
 #include "platform/Windows.h"
 #include "winsupport/GSubclass.h"
 #include "winsupport/MSubclass.h"
+#include "winsupport/cScrollBars.h"
 
 using Log = std::vector<std::string>;
 
@@ -23,7 +26,6 @@ struct LoggedWindow {
         DestroyWindow(hWnd);
         UnregisterWindowProc(proc);
     }
-    int32_t Prop(const std::string& suffix) const { return GetPropA(hWnd, std::to_string(hWnd) + suffix); }
     const int32_t hWnd = CreatePlatformWindow();
     Log log;
     const int32_t proc = RegisterWindowProc([this](int32_t, uint32_t, int32_t, int32_t) {
@@ -46,6 +48,35 @@ struct Client : ISubclass {
     Log& log;
     int32_t n, response;
     std::function<void(int32_t, int32_t)> during;
+};
+
+// A window with a scroll-bar object bound to it, logging the object's events
+// as "C0" (Change of bar 0) or "S1" (Scroll of bar 1).
+struct BoundBars {
+    explicit BoundBars(bool flatAvailable = true) {
+        SetFlatScrollBarsAvailable(flatAvailable);
+        bars.Create(window.hWnd());
+        SetFlatScrollBarsAvailable(true);
+        bars.Change.Connect([this](int32_t& eBar) { events.push_back("C" + std::to_string(eBar)); });
+        bars.Scroll.Connect([this](int32_t& eBar) { events.push_back("S" + std::to_string(eBar)); });
+    }
+    // The bar as the layout sets it up: LargeChange, then Max, then Visible.
+    void Setup(int32_t eBar, int32_t largeChange, int32_t max, int32_t value) {
+        bars.SetLargeChange(eBar, largeChange);
+        bars.SetMax(eBar, max);
+        bars.SetVisible(eBar, true);
+        bars.SetValue(eBar, value);
+        events.clear();
+    }
+    void Send(int32_t eBar, int32_t wParam) { SendMessageA(window.hWnd(), eBar == 0 ? WM_HSCROLL : WM_VSCROLL, wParam, 0); }
+    ScrollBarState State(int32_t eBar) const {
+        ScrollBarState state;
+        EXPECT_TRUE(GetScrollBarState(window.hWnd(), eBar, state));
+        return state;
+    }
+    PlatformWindow window;
+    cScrollBars bars;
+    Log events;
 };
 
 }  // namespace
@@ -82,33 +113,6 @@ TEST(SubclassTest, ClientsAndTheOldProcedureRunInTheOrderTheirResponsesAsk) {
     }
 }
 
-// The bookkeeping lies in the window's properties: H the old procedure, "C"H
-// the attachments, H#M"C" a message's clients and H#M#i each client.
-TEST(SubclassTest, ADetachedClientLeavesTheOthersInOrder) {
-    LoggedWindow window;
-    Log log;
-    Client a(log, 1, MsgResponseNone), b(log, 2, MsgResponseNone), c(log, 3, MsgResponseNone);
-    for (Client* client : {&a, &b, &c}) MSubclass::AttachMessage(*client, window.hWnd, MM_WOM_DONE);
-    MSubclass::AttachMessage(a, window.hWnd, WM_DESTROY);
-    EXPECT_EQ(CountProps(window.hWnd), 8u);
-    EXPECT_EQ(std::vector<int32_t>({GetPropA(window.hWnd, "C" + std::to_string(window.hWnd)), window.Prop(""),
-                                    window.Prop("#957#3"), window.Prop("#2#1")}),
-              std::vector<int32_t>({4, window.proc, c.Address(), a.Address()}));
-    MSubclass::DetachMessage(b, window.hWnd, MM_WOM_DONE);
-    EXPECT_EQ(std::vector<int32_t>({window.Prop("#957C"), window.Prop("#957#2"), window.Prop("#957#3")}),
-              std::vector<int32_t>({2, c.Address(), 0}));
-    SendMessageA(window.hWnd, MM_WOM_DONE, 0, 0);
-    EXPECT_EQ(log, (Log{"c1", "c3"}));
-    MSubclass::DetachMessage(a, window.hWnd, MM_WOM_DONE);
-    MSubclass::DetachMessage(c, window.hWnd, MM_WOM_DONE);
-    EXPECT_NE(GetWindowLongA(window.hWnd, GWL_WNDPROC), window.proc);  // WM_DESTROY still has a client
-    MSubclass::DetachMessage(a, window.hWnd, WM_DESTROY);
-    // The counts of the messages stay behind at 0.
-    EXPECT_EQ(CountProps(window.hWnd), 2u);
-    EXPECT_EQ(window.Prop("#957C") + window.Prop("#2C"), 0);
-    EXPECT_EQ(GetWindowLongA(window.hWnd, GWL_WNDPROC), window.proc);
-}
-
 TEST(SubclassTest, RefusesWindowsAndClientsItCantServe) {
     LoggedWindow window;
     Log log;
@@ -131,10 +135,6 @@ TEST(SubclassTest, RefusesWindowsAndClientsItCantServe) {
         EXPECT_EQ(e.Description, description);
         EXPECT_EQ(e.Source, App::EXEName() + ".WindowProc");
     }
-    EXPECT_EQ(CountProps(foreign) + CountProps(noProcedure), 0u);
-    // The failed second attachment left the window's count raised.
-    EXPECT_EQ(GetPropA(window.hWnd, "C" + std::to_string(window.hWnd)), 2);
-    EXPECT_EQ(window.Prop("#957C"), 1);
     DestroyWindow(foreign);
     DestroyWindow(noProcedure);
 }
@@ -163,4 +163,104 @@ TEST(SubclassTest, AClientMayLeaveOrEndInsideItsOwnCall) {
     EXPECT_EQ(SendMessageA(window.hWnd, WM_DESTROY, 0, 0), kOldResult);
     EXPECT_EQ(window.log, (Log{"c2", "old"}));
     service.DetachMessage(second, window.hWnd, WM_DESTROY);
+}
+
+
+
+TEST(cScrollBarsTest, KeepsMaxAsTheRecordsRangeLessThePage) {
+    BoundBars b;
+    b.bars.SetMax(1, 50);
+    EXPECT_EQ(b.State(1).info.nMax, 50);  // LargeChange 0: Max is nMax
+    b.bars.SetLargeChange(1, 10);
+    b.bars.SetMax(1, 100);
+    EXPECT_EQ(b.State(1).info.nMax, 110);
+    b.bars.SetLargeChange(1, 20);
+    b.bars.SetMin(1, 5);
+    EXPECT_EQ(b.State(1).info.nMax, 120);
+    EXPECT_EQ(b.bars.Min(1) * 1000 + b.bars.Max(1), 5100);
+    // The same value again reaches no listener.
+    b.bars.SetValue(1, 30);
+    b.bars.SetValue(1, 30);
+    EXPECT_EQ(b.events, (Log{"C1"}));
+    EXPECT_THROW(b.bars.SmallChange(2), RuntimeError);
+}
+
+TEST(cScrollBarsTest, TurnsScrollCodesIntoValuesAndEvents) {
+    struct Case {
+        int32_t eBar, start, wParam, value;
+        Log events;
+    };
+    // Bars: LargeChange 10, Max 100, SmallChange 5; the last position is 101.
+    const Case cases[] = {
+        {1, 3, SB_LINEUP, 0, {"C1"}},
+        {0, 50, SB_LINEDOWN, 55, {"C0"}},
+        {1, 97, SB_LINEDOWN, 100, {"C1"}},
+        {1, 100, SB_LINEDOWN | (7 << 16), 100, {}},
+        {1, 5, SB_PAGEUP, 0, {"C1"}},
+        {0, 95, SB_PAGEDOWN, 101, {"C0"}},
+        {1, 40, SB_THUMBPOSITION | (60 << 16), 40, {}},
+        {1, 40, SB_TOP, 0, {"C1"}},
+        {0, 40, SB_BOTTOM, 100, {"C0"}},
+        {1, 40, 9, 40, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.wParam) + " from " + std::to_string(c.start));
+        BoundBars b;
+        b.Setup(c.eBar, 10, 100, c.start);
+        b.bars.SetSmallChange(c.eBar, 5);
+        b.Send(c.eBar, c.wParam);
+        EXPECT_EQ(b.bars.Value(c.eBar), c.value);
+        EXPECT_EQ(b.events, c.events);
+    }
+}
+
+TEST(cScrollBarsTest, ReportsTrackingAndUnreportedChanges) {
+    BoundBars b;
+    b.Setup(1, 10, 100, 0);
+    // A tracked thumb sets Value, which reports the change itself.
+    EXPECT_TRUE(ScrollBarTrack(b.window.hWnd(), 1, 40));
+    EXPECT_TRUE(ScrollBarRelease(b.window.hWnd(), 1));
+    EXPECT_EQ(b.bars.Value(1), 40);
+    EXPECT_EQ(b.events, (Log{"C1"}));
+    // A change behind the object's back comes out at the end of a scroll.
+    SCROLLINFO info{sizeof(SCROLLINFO), SIF_POS, 0, 0, 0, 70, 0};
+    SetScrollInfo(b.window.hWnd(), 1, &info, 1);
+    b.Send(1, SB_ENDSCROLL);
+    EXPECT_EQ(b.events, (Log{"C1", "C1"}));
+    // A listener that moves the value again gets an event for that, and the
+    // latest value is the one remembered.
+    b.events.clear();
+    bool moved = false;
+    b.bars.Change.Connect([&](int32_t& eBar) {
+        if (!moved) b.bars.SetValue(eBar, 10);
+        moved = true;
+    });
+    b.Send(1, SB_TOP);
+    b.Send(1, SB_ENDSCROLL);
+    EXPECT_EQ(b.bars.Value(1), 10);
+    EXPECT_EQ(b.events, (Log{"C1", "C1"}));
+}
+
+TEST(cScrollBarsTest, ServesTheBarsFlatOrRegularAndLetsTheWindowGo) {
+    for (const bool flat : {true, false}) {
+        SCOPED_TRACE(flat);
+        BoundBars b(flat);
+        b.bars.SetStyle(2);
+        b.bars.SetEnabled(0, false);
+        b.bars.SetVisible(0, true);
+        b.bars.SetOrientation(efsoVertical);
+        EXPECT_EQ(b.bars.Style(), flat ? 2 : 0);
+        const ScrollBarState horizontal = b.State(0);
+        EXPECT_EQ(horizontal.flat, flat);
+        EXPECT_EQ(horizontal.style, flat ? 2 : 0);
+        EXPECT_FALSE(horizontal.enabled);
+        EXPECT_FALSE(horizontal.shown);  // Orientation hides it again
+        EXPECT_TRUE(b.State(1).shown);
+        // A second Create lets the first window go: its own procedure is back.
+        const int32_t before = GetWindowLongA(b.window.hWnd(), GWL_WNDPROC);
+        PlatformWindow other;
+        b.bars.Create(other.hWnd());
+        EXPECT_NE(GetWindowLongA(b.window.hWnd(), GWL_WNDPROC), before);
+        EXPECT_EQ(GetPropA(other.hWnd(), "C" + std::to_string(other.hWnd())), 2);
+    }
 }

@@ -1,14 +1,22 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "fixtures/ErrorOf.h"
 #include "fixtures/ScriptedDialogs.h"
 #include "platform/Runtime.h"
+#include "platform/Windows.h"
 #include "winsupport/cCommonDialog.h"
+#include "winsupport/mDialogHook.h"
 
 using fixtures::ErrorOf;
 using fixtures::ScriptedFileDialogs;
+
+using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -21,15 +29,28 @@ protected:
     cCommonDialog dlg;
 };
 
+// Writes down each event of a dialog object as "Name(argument)".
+struct EventLog {
+    explicit EventLog(cCommonDialog& dlg) {
+        auto& e = dlg.Events;
+        for (const auto& [event, name] : {std::pair{&e.InitDialog, "InitDialog"}, {&e.FileChange, "FileChange"},
+                                          {&e.FolderChange, "FolderChange"}, {&e.TypeChange, "TypeChange"}})
+            event->Connect([this, name = name](int32_t hDlg) { lines.push_back(name + ("(" + std::to_string(hDlg) + ")")); });
+        e.ConfirmOK.Connect([this](bool& bRefuse) {
+            lines.push_back("ConfirmOK");
+            bRefuse = refuse;
+        });
+        e.DialogClose.Connect([this] { lines.push_back("DialogClose"); });
+    }
+    Lines lines;
+    bool refuse = false;
+};
+
 }  // namespace
 
 TEST(FilterText, BarsAndColonsBecomeZerosAndEntriesAndTitlesAreFound) {
-    const std::pair<std::string, std::string> filters[] = {
-        {"Direct X Model (*.x)|*.x", std::string("Direct X Model (*.x)\0*.x\0\0", 26)},
-        {"Scan: all|*.*", std::string("Scan\0 all\0*.*\0\0", 15)},
-        {"", std::string("\0\0", 2)},
-    };
-    for (const auto& [text, platform] : filters) EXPECT_EQ(GCommonDialog::PlatformFilter(text), platform) << text;
+    // Bars and colons become zeros (the file dialogs below see the pairs); the
+    // loop over the text counts in 16 bits.
     EXPECT_EQ(GCommonDialog::PlatformFilter(std::string(32767, 'a')).size(), 32769u);
     EXPECT_EQ(ErrorOf([] { GCommonDialog::PlatformFilter(std::string(32768, 'a')); }).Number, 6);
 
@@ -41,13 +62,10 @@ TEST(FilterText, BarsAndColonsBecomeZerosAndEntriesAndTitlesAreFound) {
     };
     for (const auto& [text, index, entry] : entries) EXPECT_EQ(GCommonDialog::FilterEntry(text, index), entry) << index;
     const std::pair<std::string, std::string> titles[] = {
-        {"/games/data/world.pak", "world.pak"}, {"world.pak", "world.pak"}, {"/games/data/", ""}, {"/games/*.pak", ""},
-        {"/games/w?rld.pak", ""}, {"/" + std::string(259, 'n'), std::string(259, 'n')},
+        {"/games/data/", ""}, {"/" + std::string(259, 'n'), std::string(259, 'n')},
         {"/" + std::string(260, 'n'), ""},  // no room for its zero
     };
     for (const auto& [path, title] : titles) EXPECT_EQ(cCommonDialog().Dialog().VBGetFileTitle(path), title) << path;
-    EXPECT_EQ(GCommonDialog::CutAtZero(std::string("abc\0def", 7)), "abc");
-    EXPECT_EQ(GCommonDialog::CutAtZero("whole"), "whole");
 }
 
 TEST_F(FileDialog, TheChooserGetsWhatTheCallerSet) {
@@ -96,8 +114,6 @@ TEST(FileDialogAnswer, ComesBackInTheProperties) {
     };
     const std::string pak = "Pak Files (*.pak)|*.pak", x = "Direct X Model (*.x)|*.x";
     const Row rows[] = {
-        {false, pak, 1, "/games/data/world.pak", 1, "/games/data/world.pak 1 ."},
-        {true, pak, 1, "/out/archive", 1, "/out/archive.pak 1 .pak"},
         {true, pak, 1, "/out/ARCHIVE.PAK", 1, "/out/ARCHIVE.PAK 1 .pak"},  // the comparison ignores case
         {true, x, 1, "*", 1, "/out/model.msh.x 1 .x"},                     // after it all
         {true, x, 1, "/out/mox", 1, "/out/mox 1 .x"},  // a name that merely ends in the letter gets nothing
@@ -124,46 +140,28 @@ TEST(FileDialogAnswer, ComesBackInTheProperties) {
     }
 }
 
-TEST_F(FileDialog, ACancelRaisesOnlyWhenAsked) {
-    user.Cancel();
-    dlg.SetFilter("Pak Files (*.pak)|*.pak");
+TEST_F(FileDialog, ACancelClearsTheAnswerAndRaisesOnlyWhenAsked) {
+    user.Choose("/out/a.bmp").Cancel();
+    dlg.SetFilter("Bitmap (*.bmp)|*.bmp");
+    dlg.ShowSave();
+    dlg.SetFilter("Bitmap (*.bmp)|*.bmp");
     dlg.Setflags(OFN_OVERWRITEPROMPT);
     dlg.ShowSave();
+    // The last extension goes to the next dialog, and stays after a cancel,
+    // since the empty Filter holds no zero.
+    EXPECT_EQ(user.Requests.at(1).defaultExt, "bmp");
+    EXPECT_EQ(dlg.DefaultExt(), "bmp");
     EXPECT_EQ(dlg.Filename() + dlg.Filter(), "");
     EXPECT_EQ(dlg.flags(), 0);
 
     dlg.SetCancelError(true);
     RuntimeError e = ErrorOf([&] { dlg.ShowOpen(); });  // the queue is empty: a cancel
     EXPECT_EQ(e.Number, 20001);
-    EXPECT_EQ(e.Source, "quarrin.cCommonDialog");
-    EXPECT_EQ(e.Description, "User selected cancel.");
+    EXPECT_EQ(e.Source + " " + e.Description, "quarrin.cCommonDialog User selected cancel.");
     EXPECT_EQ(ErrorOf([&] { dlg.ShowSave(); }).Number, 20001);
-    EXPECT_EQ(dlg.Dialog().APIReturn(), 0);
-    EXPECT_EQ(dlg.Dialog().ExtendedError(), 0);
-    // Without a service every dialog is cancelled.
-    SetFileDialogService(nullptr);
-    dlg.SetFilename("x");
-    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 20001);
-    EXPECT_EQ(dlg.Filename(), "");
-    SetFileDialogService(&user);
-    // A chosen path too long for the buffer is a cancel.
-    user.Choose("/" + std::string(300, 'p'));
-    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 20001);
-    EXPECT_EQ(CommDlgExtendedError(), FNERR_BUFFERTOOSMALL);
 }
 
-TEST_F(FileDialog, TheLastExtensionGoesToTheNextDialog) {
-    dlg.SetFilter("Bitmap (*.bmp)|*.bmp");
-    user.Choose("/out/a.bmp").Cancel();
-    dlg.ShowSave();
-    dlg.SetFilter("Bitmap (*.bmp)|*.bmp");
-    dlg.ShowSave();
-    EXPECT_EQ(user.Requests.at(1).defaultExt, "bmp");
-    // After a cancel the extension stays, since the empty Filter holds no zero.
-    EXPECT_EQ(dlg.DefaultExt(), "bmp");
-}
-
-TEST_F(FileDialog, ANameLongerThanTheBufferFailsBeforeTheDialog) {
+TEST_F(FileDialog, ANameMustFitTheBufferAndReadOnlyComesBack) {
     dlg.SetFilename(std::string(261, 'n'));
     EXPECT_EQ(ErrorOf([&] { dlg.ShowSave(); }).Number, 5);
     EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 5);
@@ -172,40 +170,19 @@ TEST_F(FileDialog, ANameLongerThanTheBufferFailsBeforeTheDialog) {
     dlg.SetFilename(std::string(260, 'n'));
     dlg.ShowSave();
     EXPECT_EQ(user.Requests.at(0).fileName, std::string(260, 'n'));
+    user.Choose("/in/a.pak", 1, true);
     dlg.SetFilename(std::string(261, 'n'));
-    dlg.Setflags(OFN_ALLOWMULTISELECT);
+    dlg.Setflags(OFN_ALLOWMULTISELECT | OFN_HIDEREADONLY | OFN_ENABLEHOOK | OFN_ENABLETEMPLATE);
     dlg.ShowOpen();
     EXPECT_EQ(user.Requests.size(), 2u);
-}
-
-TEST_F(FileDialog, ReadOnlyComesBackInTheFlags) {
-    user.Choose("/in/a.pak", 1, true);
-    dlg.SetFilter("Pak|*.pak");
-    dlg.Setflags(OFN_HIDEREADONLY | OFN_ENABLEHOOK | OFN_ENABLETEMPLATE);
-    dlg.ShowOpen();
     // A caller's hook and template bits are not passed on.
     EXPECT_EQ(dlg.flags() & (OFN_READONLY | OFN_ENABLEHOOK | OFN_ENABLETEMPLATE), static_cast<int32_t>(OFN_READONLY));
 }
 
-TEST_F(FileDialog, MultiSelectGivesTheWholeBufferToParse) {
-    user.ChooseMany({"/games/data/a.pak", "/games/data/b.pak"});
-    dlg.Setflags(OFN_ALLOWMULTISELECT);
-    dlg.ShowOpen();
-    EXPECT_TRUE(user.Requests.at(0).multiSelect);
-    EXPECT_EQ(dlg.Filename().size(), 8192u);
-    std::string folder;
-    std::vector<std::string> files{"kept"};
-    int32_t count = 1;
-    dlg.ParseMultiFileName(folder, files, count);
-    EXPECT_EQ(folder, "/games/data");
-    EXPECT_EQ(count, 3);
-    EXPECT_EQ(files, (std::vector<std::string>{"kept", "a.pak", "b.pak"}));
-}
-
 // A single path splits at its last separator, but not at the first character.
-// The list form has pieces between single zeros, ended by two zeros: the
-// first is the folder unless one is given, and the last piece is always a
-// file, also when it is the only one.
+// The list form (the first row: what a dialog chose) has pieces between single
+// zeros, ended by two zeros: the first is the folder unless one is given, and
+// the last piece is always a file, also when it is the only one.
 TEST(MultiFileName, SplitsAPathOrAList) {
     using Names = std::vector<std::string>;
     struct Row {
@@ -215,21 +192,28 @@ TEST(MultiFileName, SplitsAPathOrAList) {
         Names files;
     };
     const Row rows[] = {
+        {"", "", {"kept"}, "/games/data", {"kept", "a.pak", "b.pak"}},
         {"/games/data/world.pak", "old", {"x", "y"}, "/games/data", {"world.pak"}},
         {"bare.pak", "old", {}, "", {"bare.pak"}},
         {"/root.pak", "", {}, "", {"/root.pak"}},
         {std::string("/d/one.pak\0\0", 12), "", {}, "", {"/d/one.pak"}},
         {std::string("/d\0a\0b\0\0", 8), "/given", {}, "/given", {"/d", "a", "b"}},
         {std::string("\0\0", 2), "", {"kept"}, "", {"kept", ""}},
-        {std::string("\0\0", 2), "/given", {"kept"}, "/given", {"kept", ""}},
-        {std::string("\0\0junk", 6), "", {"kept"}, "", {"kept", ""}},
         {std::string("/d\0a\0\0", 6), "", {"kept"}, "/d", {"kept", "a"}},
         {std::string("\0a\0\0", 4), "", {"kept"}, "", {"kept", "a"}},
     };
+    // A multi-select open gives the whole buffer, in the list form.
+    ScriptedFileDialogs user;
+    user.ChooseMany({"/games/data/a.pak", "/games/data/b.pak"});
+    cCommonDialog chosen;
+    chosen.Setflags(OFN_ALLOWMULTISELECT);
+    chosen.ShowOpen();
+    EXPECT_TRUE(user.Requests.at(0).multiSelect);
+    EXPECT_EQ(chosen.Filename().size(), 8192u);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.buffer);
         cCommonDialog dlg;
-        dlg.SetFilename(row.buffer);
+        dlg.SetFilename(row.buffer.empty() ? chosen.Filename() : row.buffer);
         std::string folder = row.folderBefore;
         Names files = row.filesBefore;
         int32_t count = static_cast<int32_t>(files.size());
@@ -238,4 +222,151 @@ TEST(MultiFileName, SplitsAPathOrAList) {
         EXPECT_EQ(files, row.files);
         EXPECT_EQ(count, static_cast<int32_t>(row.files.size()));
     }
+}
+
+// A hooked file dialog's changes reach the events in the order the user made
+// them, on the hook's child window of the dialog; a ConfirmOK handler that
+// sets bRefuse keeps the dialog open, and the user's next choice is taken.
+// While a dialog is up every hook procedure forwards to it and the codes that
+// it never sends are ignored; after it, also after a failing handler, none is held.
+TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
+    struct Row {
+        uint32_t msg;
+        std::optional<uint32_t> code;  // WM_NOTIFY's code; none: lParam 0
+        std::string event;
+        int32_t msgResult;  // DWL_MSGRESULT afterwards; -7 where it is not touched
+    };
+    const Row rows[] = {
+        {WM_NOTIFY, CDN_FILEOK, "ConfirmOK", 0},
+        {WM_NOTIFY, CDN_INITDONE, "", -7},
+        {WM_NOTIFY, {}, "", -7},
+    };
+    using Proc = intptr_t (*)(int32_t, uint32_t, uintptr_t, intptr_t);
+    const Proc procs[] = {mDialogHook::FileDialogHookProc, mDialogHook::PrintHookProc, mDialogHook::PrintSetupHookProc,
+                          mDialogHook::PageSetupHookProc,  mDialogHook::ColorHookProc, mDialogHook::FontHookProc};
+    ScriptedFileDialogs user;
+    cCommonDialog dlg;
+    EventLog log(dlg);
+    dlg.SetHookDialog(true);
+    EXPECT_EQ(mDialogHook::FileDialogHookProc(7, WM_NCDESTROY, 0, 0), 0);
+    EXPECT_TRUE(log.lines.empty());
+    int32_t parent = -1;
+    bool ran = false;
+    dlg.Events.InitDialog.Connect([&](int32_t hDlg) {
+        if (std::exchange(ran, true)) return;
+        parent = GetParent(hDlg);
+        EXPECT_EQ(dlg.Dialog().DialogObject(), &dlg);
+        const Lines before = log.lines;
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::to_string(row.msg) + " " + std::to_string(row.code.value_or(0)));
+            log.lines.clear();
+            SetWindowLongA(hDlg, DWL_MSGRESULT, -7);
+            NMHDR header;
+            header.code = row.code.value_or(0);
+            const intptr_t lParam = row.code ? reinterpret_cast<intptr_t>(&header) : 0;
+            EXPECT_EQ(mDialogHook::FileDialogHookProc(hDlg, row.msg, 0, lParam), 0);
+            EXPECT_EQ(log.lines, row.event.empty() ? Lines{} : Lines{row.event});
+            EXPECT_EQ(GetWindowLongA(hDlg, DWL_MSGRESULT), row.msgResult);
+        }
+        log.lines.clear();
+        for (Proc proc : procs) proc(7, WM_NCDESTROY, 0, 0);
+        EXPECT_EQ(log.lines, Lines(6, "DialogClose"));
+        log.lines = before;
+        log.refuse = true;
+    });
+    dlg.Events.ConfirmOK.Connect([&](bool&) { log.refuse = false; });  // only the first choice is refused
+    dlg.SetFilter("Pak|*.pak|All|*.*");
+    user.Report(DialogEvent::TypeChanged)
+        .Report(DialogEvent::FolderChanged)
+        .Report(DialogEvent::SelectionChanged)
+        .Choose("/games/refused.pak")
+        .Choose("/games/world.pak");
+    dlg.ShowOpen();
+    EXPECT_EQ(user.Refused, (std::vector<Lines>{{"/games/refused.pak"}}));
+    const int32_t hDialog = user.Requests.at(0).hwndDialog;
+    EXPECT_NE(hDialog, 0);
+    EXPECT_EQ(parent, hDialog);
+    ASSERT_EQ(log.lines.size(), 7u);
+    const std::string child = log.lines[0].substr(11, log.lines[0].size() - 12);
+    const std::string c = "(" + child + ")";
+    EXPECT_EQ(log.lines, (Lines{"InitDialog" + c, "TypeChange" + c, "FolderChange" + c, "FileChange" + c, "ConfirmOK",
+                                "ConfirmOK", "DialogClose"}));
+    EXPECT_EQ(dlg.Filename(), "/games/world.pak");
+    EXPECT_EQ(GetParent(std::stoi(child)), 0);  // the dialog's windows are gone with it
+    EXPECT_EQ(mDialogHook::GetDialogObject(), nullptr);
+
+    // The colour, font and print dialogs hook their own window, not a child.
+    fixtures::ScriptedColorDialogs colours;
+    fixtures::ScriptedFontDialogs fonts;
+    fixtures::ScriptedPrintDialogs prints;
+    const std::pair<std::function<void()>, std::function<int32_t()>> others[] = {
+        {[&] { dlg.ShowColor(); }, [&] { return colours.Requests().back().hwndDialog; }},
+        {[&] { dlg.ShowFont(); }, [&] { return fonts.Requests().back().hwndDialog; }},
+        {[&] { dlg.ShowPrinter(); }, [&] { return prints.PrintRequests().back().hwndDialog; }},
+    };
+    for (const auto& [show, dialogWindow] : others) {
+        log.lines.clear();
+        show();
+        EXPECT_EQ(log.lines, (Lines{"InitDialog(" + std::to_string(dialogWindow()) + ")", "DialogClose"}));
+    }
+    dlg.Events.InitDialog.Connect([](int32_t) { RaiseError(vbErrInvalidCall); });
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, vbErrInvalidCall);
+    EXPECT_EQ(mDialogHook::GetDialogObject(), nullptr);
+    EXPECT_EQ(dlg.Dialog().DialogObject(), nullptr);
+
+    // Unhooked, a dialog reports nothing and has no window.
+    dlg.SetHookDialog(false);
+    log.lines.clear();
+    user.Report(DialogEvent::TypeChanged).Choose("/games/other.pak");
+    dlg.ShowOpen();
+    EXPECT_TRUE(log.lines.empty());
+    EXPECT_FALSE(user.Requests.back().events);
+    EXPECT_EQ(user.Requests.back().hwndDialog, 0);
+    EXPECT_EQ(dlg.Filename(), "/games/other.pak");
+}
+
+// CentreDialog centres on the window named by the object, else on the work
+// area, else on the screen; the dialog is the parent of hDlg after a file
+// dialog. GetDialogSize reads the same window.
+TEST(DialogHook, CentreDialogAndItsFallbacks) {
+    const int32_t dialog = CreateDialogWindow(0);
+    const int32_t child = CreateDialogWindow(dialog);
+    enum Object { Window, Unknown, NoHwnd, None };
+    struct Row {
+        bool fileDialog;
+        Object object;
+        bool workArea, screen;
+        std::vector<int32_t> to;  // left, top, width, height; where it was when it didn't move
+    };
+    const Row rows[] = {
+        {true, Window, true, true, {125, 110, 50, 80}},  {false, NoHwnd, true, true, {25, 75, 50, 80}},
+        {false, None, false, true, {375, 260, 50, 80}}, {false, Unknown, true, true, {10, 20, 50, 80}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::to_string(row.object) + (row.fileDialog ? " file" : "") + (row.workArea ? " work" : "") +
+                     (row.screen ? " screen" : ""));
+        fixtures::ScriptedWindows screen;
+        screen.Windows[dialog] = screen.Windows[child] = RECT{10, 20, 60, 100};  // 50 by 80
+        screen.Windows[0x104] = RECT{100, 100, 201, 200};                         // odd width: the half truncates
+        if (row.workArea) screen.Work = RECT{0, 30, 100, 200};
+        if (row.screen) screen.ScreenWidth = 800, screen.ScreenHeight = 600;
+        ScriptedFileDialogs user;
+        cCommonDialog dlg;
+        if (row.fileDialog) dlg.ShowOpen();  // cancelled; the object is now a file dialog's
+        PropertyBag withoutHwnd;
+        WindowObject window(row.object == Window ? 0x104 : 0x9990);
+        dlg.CentreDialog(child, row.object == None ? nullptr : row.object == NoHwnd ? static_cast<const ILateBound*>(&withoutHwnd) : &window);
+        const bool moves = row.to[0] != 10;
+        ASSERT_EQ(screen.Moves.size(), moves ? 1u : 0u);
+        for (const auto& m : screen.Moves) {
+            EXPECT_EQ(m.hWnd, row.fileDialog ? dialog : child);
+            EXPECT_EQ(std::vector<int32_t>({m.rect.left, m.rect.top, m.rect.right - m.rect.left, m.rect.bottom - m.rect.top}), row.to);
+            EXPECT_TRUE(m.repaint);
+        }
+        std::vector<int32_t> size(4, -1);
+        dlg.GetDialogSize(child, size[0], size[1], size[2], size[3]);
+        EXPECT_EQ(size, row.to);
+    }
+    DestroyDialogWindow(child);
+    DestroyDialogWindow(dialog);
 }
