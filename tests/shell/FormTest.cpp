@@ -142,7 +142,6 @@ TEST_F(Navigation, EnterOpensTheHighlightedFolderAndAnUnreadableDriveFallsBack) 
     EXPECT_EQ(form.oDir.Path(), "/");
 }
 
-
 TEST(Startup, ReadsTheSettingsOfBothStoresAndIgnoresTheStoredPlatform) {
     struct Row {
         const char *machine, *user, *game, *pkzip, *unpak, *shortcut;

@@ -43,6 +43,7 @@ TEST(Dialogs, ShowColor) {
     const Row rows[] = {
         {CC_ANYCOLOR, 0x0000FF, 0x00FF00, false, " 255", 0x00FF00, 0},
         {CC_FULLOPEN, 0x112233, 0x445566, false, " 1122867 full solid", 0x445566, 0},
+        {CC_PREVENTFULLOPEN | CC_ANYCOLOR, 0, 0x010203, false, " 0 prevent", 0x010203, 0},
         {CC_ANYCOLOR, static_cast<int32_t>(0x80000000u | COLOR_BTNFACE), 1, false, " 12632256", 1, 0},  // translated
         {CC_ANYCOLOR, static_cast<int32_t>(0x81000000u), 1, false, " 16777215", 1, 0},  // untranslatable: -1
         {CC_ANYCOLOR, 0x10, {}, true, " 16", 0x10, kDlgErrCancel},  // a cancel keeps the colour
@@ -60,6 +61,7 @@ TEST(Dialogs, ShowColor) {
                   row.asked);
         EXPECT_EQ(r.hwndOwner, 0x104);
         EXPECT_EQ(dlg.Color(), row.colorOut);
+        EXPECT_FALSE(dlg.IsFileDialog());
     }
     // The custom colours start as the system colours and keep the user's changes.
     fixtures::ScriptedColorDialogs user;
@@ -72,6 +74,9 @@ TEST(Dialogs, ShowColor) {
     EXPECT_EQ(user.Requests()[1].customColors[3] + user.Requests()[1].customColors[15], 0xABCDEFu + 0x123u);
     EXPECT_EQ(ErrorOf([&] { dlg.CustomColor(16); }).Number, vbErrSubscript);
     EXPECT_EQ(ErrorOf([&] { dlg.SetCustomColor(-1, 0); }).Number, vbErrSubscript);
+    ChooseColorArgs args;  // a direct caller gets -1 for a cancelled dialog
+    EXPECT_FALSE(dlg.Dialog().VBChooseColor(args));
+    EXPECT_EQ(args.Color, -1);
 }
 
 TEST(Dialogs, ShowFont) {
@@ -184,6 +189,11 @@ TEST(Dialogs, ShowPrinter) {
                                       {"PaperSize", int(DMPAPER_LETTER)}, {"PrintQuality", 0}})
         EXPECT_EQ(printer->GetProperty(name).ToLong(), value) << name;
     EXPECT_EQ(dlg.Copies(), 1);
+    PrintDlgArgs args;  // collation comes back to a direct caller
+    user.Print(PrintDialogAnswer{true, "Ink", 2, true});
+    ASSERT_TRUE(dlg.Dialog().VBPrintDlg(args));
+    EXPECT_TRUE(args.Collate && !user.PrintRequests().at(1).collate);
+    EXPECT_EQ(args.Copies, 2);
 }
 
 TEST(Dialogs, PageSetupConvertsToAndFromTheCallersUnit) {

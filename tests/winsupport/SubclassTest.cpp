@@ -165,8 +165,6 @@ TEST(SubclassTest, AClientMayLeaveOrEndInsideItsOwnCall) {
     service.DetachMessage(second, window.hWnd, WM_DESTROY);
 }
 
-
-
 TEST(cScrollBarsTest, KeepsMaxAsTheRecordsRangeLessThePage) {
     BoundBars b;
     b.bars.SetMax(1, 50);

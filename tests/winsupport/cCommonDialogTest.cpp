@@ -62,7 +62,8 @@ TEST(FilterText, BarsAndColonsBecomeZerosAndEntriesAndTitlesAreFound) {
     };
     for (const auto& [text, index, entry] : entries) EXPECT_EQ(GCommonDialog::FilterEntry(text, index), entry) << index;
     const std::pair<std::string, std::string> titles[] = {
-        {"/games/data/", ""}, {"/" + std::string(259, 'n'), std::string(259, 'n')},
+        {"/games/data/world.pak", "world.pak"}, {"world.pak", "world.pak"}, {"/games/data/", ""}, {"/games/*.pak", ""},
+        {"/games/w?rld.pak", ""}, {"/" + std::string(259, 'n'), std::string(259, 'n')},
         {"/" + std::string(260, 'n'), ""},  // no room for its zero
     };
     for (const auto& [path, title] : titles) EXPECT_EQ(cCommonDialog().Dialog().VBGetFileTitle(path), title) << path;
@@ -159,6 +160,12 @@ TEST_F(FileDialog, ACancelClearsTheAnswerAndRaisesOnlyWhenAsked) {
     EXPECT_EQ(e.Number, 20001);
     EXPECT_EQ(e.Source + " " + e.Description, "quarrin.cCommonDialog User selected cancel.");
     EXPECT_EQ(ErrorOf([&] { dlg.ShowSave(); }).Number, 20001);
+    // Without a service every dialog is cancelled.
+    SetFileDialogService(nullptr);
+    dlg.SetFilename("x");
+    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, 20001);
+    EXPECT_EQ(dlg.Filename(), "");
+    SetFileDialogService(&user);
 }
 
 TEST_F(FileDialog, ANameMustFitTheBufferAndReadOnlyComesBack) {

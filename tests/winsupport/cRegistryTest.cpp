@@ -86,6 +86,8 @@ TEST_F(RegistryObject, FailuresNameWhatFailed) {
         {[&] { user.SetValueType(REG_MULTI_SZ); user.SetValue(Variant("new")); }, 0x800469A9u,
          "Failed to set registry value Key: '-2147483647',Section: 'Software\\Corvane\\Quarrin',Key: 'kept' to value: "
          "'previous'"},
+        {[&] { At(HKEY_LOCAL_MACHINE, "Software\\Selvane", "").SetValue(Variant("/games")); }, 26001,
+         "Failed to set registry value Key: '-2147483646',Section: 'Software\\Selvane',Key: '' to value: ''"},
         {[&] { At(HKEY_LOCAL_MACHINE, "Software\\Selvane", "").CreateKey(); }, 26001,
          "Failed to create registry Key: 'Software\\Selvane"},
         {[&] { At(HKEY_CURRENT_USER, "Software\\None", "").DeleteKey(); }, 26001,
@@ -127,6 +129,9 @@ TEST_F(RegistryObject, KeysAndValuesAreCreatedListedAndDeleted) {
     EXPECT_TRUE(s.EnumerateSections(names, count));
     EXPECT_EQ(names, (std::vector<std::string>{"Atelier", "Corvane", "Selvane"}));
     EXPECT_EQ(count, 3);
+    s.SetSectionKey("Software\\Missing");
+    EXPECT_TRUE(s.EnumerateSections(names, count));
+    EXPECT_EQ(names.size() + count, 0u);
     EXPECT_EQ(ErrorOf([&] { At(HKEY_CURRENT_USER, "Software", "").DeleteKey(); }).Number, 26001);  // sub-keys stay
 
     s = At(HKEY_CURRENT_USER, kSettings, "UnpakPath");
