@@ -4,7 +4,6 @@
 #include "fixtures/ScriptedDialogs.h"
 #include "identify/modGlobal.h"
 #include "pak/frmScript.h"
-#include "platform/Runtime.h"
 #include "shell/frmMain.h"
 
 namespace {
@@ -38,35 +37,6 @@ TEST_F(BatchDialog, PatternsArePrefixAndTailWithoutQuestionMarks) {
         form.m_lMode = 2;
         EXPECT_EQ(form.MatchMember(row.name, false), row.match) << row.pattern << " " << row.name;
     }
-}
-
-TEST_F(BatchDialog, WithoutAPakTheDialogAsksForAScriptAndTheOptionsFollowThePattern) {
-    form.Form_Load();
-    EXPECT_FALSE(form.m_bPak);
-    EXPECT_EQ(form.lPath2.Caption(), "Script:");
-    EXPECT_FALSE(form.cbPath.Visible());
-    EXPECT_TRUE(form.tScript.Visible());
-    EXPECT_FALSE(form.OptSel[1].Enabled());
-    EXPECT_EQ(form.cbPath.Text(), dir.Path() + "/");
-    EXPECT_TRUE(form.OptSel[0].Value());
-    form.tSel.SetText("*.bin");
-    EXPECT_TRUE(form.OptSel[2].Value());
-    EXPECT_FALSE(form.OptSel[0].Value());
-    form.tSel.SetText("");
-    EXPECT_TRUE(form.OptSel[0].Value());
-    form.tSel.SetText("*.*");
-    form.tSel.LostFocus.Raise();
-    EXPECT_TRUE(form.OptSel[0].Value());
-    EXPECT_FALSE(form.OptSel[2].Value());
-}
-
-TEST_F(BatchDialog, AMissingArchiverIsToldAndClosesTheDialog) {
-    g_sPkzipPath.clear();
-    form.Form_Load();
-    form.Form_Activate();
-    ASSERT_EQ(boxes.Calls.size(), 1u);
-    EXPECT_EQ(boxes.Calls[0].buttons & vbCritical, vbCritical);
-    EXPECT_TRUE(form.IsUnloaded());
 }
 
 TEST_F(BatchDialog, ValidationMessagesKeepTheDialogOpen) {
