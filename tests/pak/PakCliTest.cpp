@@ -23,10 +23,6 @@ using fixtures::WriteFile;
 
 class PakCli : public ::testing::Test {
 protected:
-    void SetUp() override {
-        builder.Imploded("maps\\north.map", std::string(5000, 'n')).Stored("readme.txt", "plain").Raw("zz.bin", "\x07\x08", 40);
-        WriteFile(pak, builder.Build());
-    }
     fixtures::ProgramResult Cli(std::vector<std::string> args, fixtures::RunOptions options = {}) {
         args.insert(args.begin(), fixtures::ToolPath("quarrin-cli"));
         if (options.Folder.empty()) options.Folder = tmp.Path();
@@ -40,8 +36,6 @@ protected:
     }
     fixtures::RegistryHome home;
     TempDir tmp;
-    std::string pak = tmp / "t.pak";
-    fixtures::PakBuilder builder;
 };
 
 // Each writer, stopped by a file size limit standing in for a full disk or
@@ -160,6 +154,7 @@ TEST_F(PakCli, HostileInputs) {
     cut.resize(cut.size() / 2);
     WriteFile(tmp / "big.pak", fixtures::PakBuilder().Stored("big.bin", std::string(300000, 'b')).Build());
     WriteFile(tmp / "cut.pak", fixtures::PakBuilder().Raw("x.bin", cut, 5000).Stored("y.txt", "fine").Build());
+    WriteFile(tmp / "t.pak", fixtures::PakBuilder().Stored("a", "1").Stored("b", "2").Stored("c", "3").Build());
     WriteFile(tmp / "not.pak", "hello there, not a pak at all");
     WriteFile(tmp / "z\x1b[2J.zip", "not an archive at all, but long enough");
     WriteFile(tmp / "far.pak", fixtures::PakBuilder().Stored("a", "abc").Offset(0, 1000000).Build());

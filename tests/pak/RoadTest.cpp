@@ -244,7 +244,6 @@ TEST(Road, HostilePak) {
                 EXPECT_EQ(s.Outside(), before) << report;
         }
     }
-
 }
 
 }  // namespace
