@@ -43,15 +43,13 @@ TEST_F(BatchDialog, ValidationMessagesKeepTheDialogOpen) {
     form.Form_Load();
     const std::string none = dir / "none.pak";
     const struct {
-        std::function<void()> set;
-        std::string prompt;
-    } steps[] = {
-        {[] {}, "Empty Pak not allowed!"},
-        {[&] { form.tPak.SetText(none); }, "Empty Script not allowed!"},
-        {[&] { form.tScript.SetText(dir / "x.bat"); }, none + " doesn't exist!"},
-    };
+        std::string pak, script, prompt;
+    } steps[] = {{"", "", "Empty Pak not allowed!"},
+                 {none, "", "Empty Script not allowed!"},
+                 {none, dir / "x.bat", none + " doesn't exist!"}};
     for (const auto& step : steps) {
-        step.set();
+        form.tPak.SetText(step.pak);
+        form.tScript.SetText(step.script);
         form.cmdValidate_Click(1);
         EXPECT_EQ(boxes.Calls.back().prompt, step.prompt);
         EXPECT_EQ(boxes.Calls.back().title, "Unpak Error");

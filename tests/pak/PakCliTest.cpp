@@ -143,8 +143,9 @@ TEST_F(PakCli, NamesFromFilesAreEscapedOnATerminalAndInErrors) {
 }
 
 // Wrong calls, files of the wrong kind and an unlucky disk: each gives a
-// message with any name from a file escaped and status 1, nothing the program reads is changed or lost,
-// nothing hangs, and a failed write is reported as one.
+// message, with any name from a file escaped, and status 1; nothing the
+// program reads is changed or lost, nothing hangs, and a failed write is
+// reported as one.
 TEST_F(PakCli, HostileInputs) {
     const std::string older = "the user's older file, which must survive";
     fs::create_directory(tmp / "dest");
