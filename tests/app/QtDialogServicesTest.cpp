@@ -13,13 +13,10 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 #include <QToolButton>
 #include <QWidget>
-#include <algorithm>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "AppTestSupport.h"
 #include "QtDialogServices.h"
@@ -33,37 +30,11 @@
 
 using apptest::WhenShown;
 
-namespace {
-
-FileDialogRequest SaveRequest(const std::string& folder) {
-    FileDialogRequest r;
-    r.save = true;
-    r.title = "Save the member";
-    r.initialDir = folder;
-    r.fileName = "member.pak";
-    r.filters = {{"Pak Files (*.pak)", "*.pak"}, {"Raw stream", "*.dcl;*.raw"}};
-    r.filterIndex = 2;
-    r.defaultExt = "pak";
-    r.overwritePrompt = true;
-    return r;
-}
-
-}  // namespace
-
-TEST(QtFileDialogs, FilterPairsBecomeQtFilters) {
-    FileDialogRequest r;
-    r.filters = {{"Pak Files (*.pak)", "*.pak"},
-                 {"All (*.*)", "*.*"},
-                 {"Pictures", "*.bmp; *.gif"},
-                 {"Bitmap (256 colours)", "*.bmp"},
-                 {"Caf\xE9", ""}};
-    EXPECT_EQ(QtFileDialogService::NameFilters(r),
-              (QStringList{QStringLiteral("Pak Files (*.pak)"), QStringLiteral("All (*)"),
-                           QStringLiteral("Pictures (*.bmp *.gif)"), QStringLiteral("Bitmap (256 colours) (*.bmp)"),
-                           QStringLiteral("Caf\u00E9 (*)")}));
-}
-
-TEST(QtFileDialogs, TheDialogIsBuiltFromTheRequest) {
+// The dialog shows what the request asks for, over the window that the owner
+// handle names; the user's choice comes back as a path and a filter index.
+// The platform's filters name their patterns apart from the text shown, and
+// a name that ends in patterns shows them once.
+TEST(QtFileDialogs, TheDialogFollowsTheRequestAndTheChoiceComesBack) {
     fixtures::TempDir dir;
     QWidget owner;
     int32_t askedFor = 0;
@@ -72,18 +43,39 @@ TEST(QtFileDialogs, TheDialogIsBuiltFromTheRequest) {
         askedFor = hwnd;
         return &owner;
     });
-    FileDialogRequest r = SaveRequest(dir.Path());
-    r.hwndOwner = 77;
-    auto dialog = service.Build(r);
+    const FileDialogRequest r{.save = true, .hwndOwner = 77, .title = "Save the member", .initialDir = dir.Path(),
+                              .fileName = "member.pak",
+                              .filters = {{"Pak Files (*.pak)", "*.pak"},
+                                          {"Raw stream", "*.dcl;*.raw"},
+                                          {"All (*.*)", "*.*"},
+                                          {"Pictures", "*.bmp; *.gif"},
+                                          {"Bitmap (256 colours)", "*.bmp"},
+                                          {"Caf\xE9", ""}},
+                              .filterIndex = 2, .defaultExt = "pak", .overwritePrompt = true};
+    WhenShown<QFileDialog>([&](QFileDialog* d) {
+        EXPECT_EQ(d->parentWidget(), &owner);
+        EXPECT_EQ(d->windowTitle(), QStringLiteral("Save the member"));
+        EXPECT_EQ(d->acceptMode(), QFileDialog::AcceptSave);
+        EXPECT_FALSE(d->testOption(QFileDialog::DontConfirmOverwrite));
+        EXPECT_EQ(d->nameFilters(),
+                  (QStringList{QStringLiteral("Pak Files (*.pak)"), QStringLiteral("Raw stream (*.dcl *.raw)"),
+                               QStringLiteral("All (*)"), QStringLiteral("Pictures (*.bmp *.gif)"),
+                               QStringLiteral("Bitmap (256 colours) (*.bmp)"), QStringLiteral("Caf\u00E9 (*)")}));
+        EXPECT_EQ(d->selectedNameFilter(), QStringLiteral("Raw stream (*.dcl *.raw)"));
+        EXPECT_EQ(d->directory().absolutePath(), QString::fromStdString(dir.Path()));
+        EXPECT_EQ(d->defaultSuffix(), QStringLiteral("pak"));
+        d->selectNameFilter(QStringLiteral("Pak Files (*.pak)"));
+        d->selectFile(QStringLiteral("chosen.pak"));
+        QMetaObject::invokeMethod(d, "accept");
+    });
+    const FileDialogAnswer answer = service.Show(r);
     EXPECT_EQ(askedFor, 77);
-    EXPECT_EQ(dialog->parentWidget(), &owner);
-    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
-    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Save the member"));
-    EXPECT_EQ(dialog->acceptMode(), QFileDialog::AcceptSave);
-    EXPECT_FALSE(dialog->testOption(QFileDialog::DontConfirmOverwrite));
-    EXPECT_EQ(dialog->selectedNameFilter(), QStringLiteral("Raw stream (*.dcl *.raw)"));
-    EXPECT_EQ(dialog->directory().absolutePath(), QString::fromStdString(dir.Path()));
-    EXPECT_EQ(dialog->defaultSuffix(), QStringLiteral("pak"));
+    ASSERT_TRUE(answer.accepted);
+    ASSERT_EQ(answer.paths.size(), 1u);
+    EXPECT_EQ(answer.paths[0], dir / "chosen.pak");
+    EXPECT_EQ(answer.filterIndex, 1);
+    WhenShown<QFileDialog>([](QFileDialog* d) { d->reject(); });
+    EXPECT_FALSE(service.Show(r).accepted);
 
     FileDialogRequest open;
     open.fileMustExist = true;
@@ -92,24 +84,6 @@ TEST(QtFileDialogs, TheDialogIsBuiltFromTheRequest) {
     EXPECT_EQ(opener->fileMode(), QFileDialog::ExistingFile);
     open.multiSelect = true;
     EXPECT_EQ(service.Build(open)->fileMode(), QFileDialog::ExistingFiles);
-}
-
-TEST(QtFileDialogs, TheUsersChoiceComesBackAsPathAndFilterIndex) {
-    fixtures::TempDir dir;
-    QtFileDialogService service;
-    WhenShown<QFileDialog>([](QFileDialog* d) {
-        d->selectNameFilter(QStringLiteral("Pak Files (*.pak)"));
-        d->selectFile(QStringLiteral("chosen.pak"));
-        QMetaObject::invokeMethod(d, "accept");
-    });
-    const FileDialogAnswer answer = service.Show(SaveRequest(dir.Path()));
-    ASSERT_TRUE(answer.accepted);
-    ASSERT_EQ(answer.paths.size(), 1u);
-    EXPECT_EQ(answer.paths[0], dir / "chosen.pak");
-    EXPECT_EQ(answer.filterIndex, 1);
-
-    WhenShown<QFileDialog>([](QFileDialog* d) { d->reject(); });
-    EXPECT_FALSE(service.Show(SaveRequest(dir.Path())).accepted);
 }
 
 TEST(QtMessageBoxes, StyleBitsChooseButtonsIconAndDefaultAndTheButtonClickedIsTheAnswer) {
@@ -140,8 +114,6 @@ TEST(QtMessageBoxes, StyleBitsChooseButtonsIconAndDefaultAndTheButtonClickedIsTh
     }
     WhenShown<QMessageBox>([](QMessageBox* b) { b->button(QMessageBox::No)->click(); });
     EXPECT_EQ(service.Show("Replace?", vbYesNo, ""), vbNo);
-    WhenShown<QMessageBox>([](QMessageBox* b) { b->button(QMessageBox::Retry)->click(); });
-    EXPECT_EQ(service.Show("Again?", vbAbortRetryIgnore, ""), vbRetry);
     // Closed without a button: Cancel where there is one.
     WhenShown<QMessageBox>([](QMessageBox* b) { b->reject(); });
     EXPECT_EQ(service.Show("Go?", vbOKCancel, ""), vbCancel);
@@ -155,21 +127,12 @@ struct QtServices {
     QtDialogServices others;
 };
 
-QPushButton* AcceptButton(QFileDialog* dialog) {
-    auto* box = dialog->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
-    if (box == nullptr) return nullptr;
-    for (QAbstractButton* b : box->buttons()) {
-        if (box->buttonRole(b) == QDialogButtonBox::AcceptRole) return qobject_cast<QPushButton*>(b);
-    }
-    return nullptr;
-}
-
 }  // namespace
 
 // While a hooked save dialog runs, the Qt dialog's changes reach the dialog
 // object's events, its window can be centred from InitDialog, and a ConfirmOK
 // handler that refuses keeps it open: only the second OK is taken.
-TEST(QtFileDialogs, AHookedDialogsOkIsRefusedByAConfirmOkHandler) {
+TEST(QtFileDialogs, AHookedDialogsEventsReachTheHandlersAndTheirRefusalsAndFailures) {
     fixtures::TempDir dir;
     std::filesystem::create_directory(dir / "sub");
     QtServices services;
@@ -177,37 +140,33 @@ TEST(QtFileDialogs, AHookedDialogsOkIsRefusedByAConfirmOkHandler) {
     dlg.SetHookDialog(true);
     dlg.SetInitDir(dir / "sub");
     dlg.SetFilter("Pak Files (*.pak)|*.pak|All Files (*.*)|*.*");
-    std::vector<std::string> events;
+    std::string events;
     // A window away from the screen's centre, to centre the dialog on.
     QWidget anchor;
     anchor.setGeometry(20, 30, 200, 100);
     const QtWindowBinding anchorHandle(0x7F0, &anchor);
     const WindowObject anchorObject(0x7F0);
     dlg.Events.InitDialog.Connect([&](int32_t hDlg) {
-        events.push_back("InitDialog");
+        events += "InitDialog ";
         dlg.CentreDialog(hDlg, &anchorObject);
     });
-    dlg.Events.TypeChange.Connect([&](int32_t) { events.push_back("TypeChange"); });
-    dlg.Events.FolderChange.Connect([&](int32_t) { events.push_back("FolderChange"); });
-    dlg.Events.FileChange.Connect([&](int32_t) { events.push_back("FileChange"); });
-    dlg.Events.DialogClose.Connect([&] { events.push_back("DialogClose"); });
+    dlg.Events.TypeChange.Connect([&](int32_t) { events += "TypeChange "; });
+    dlg.Events.FolderChange.Connect([&](int32_t) { events += "FolderChange "; });
+    dlg.Events.FileChange.Connect([&](int32_t) { events += "FileChange "; });
+    dlg.Events.DialogClose.Connect([&] { events += "DialogClose "; });
     int asked = 0;
-    dlg.Events.ConfirmOK.Connect([&](bool& bRefuse) {
-        events.push_back("ConfirmOK");
-        bRefuse = ++asked == 1;
-    });
+    dlg.Events.ConfirmOK.Connect([&](bool& bRefuse) { bRefuse = ++asked == 1; });
 
-    bool ran = false;
     bool openAfterRefusal = false;
     QPoint centre;
     WhenShown<QFileDialog>([&](QFileDialog* d) {
-        ran = true;
         centre = d->frameGeometry().center();
         auto* types = d->findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
         auto* up = d->findChild<QToolButton*>(QStringLiteral("toParentButton"));
         auto* name = d->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-        QPushButton* ok = AcceptButton(d);
-        ASSERT_TRUE(types && up && name && ok);
+        auto* buttons = d->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
+        ASSERT_TRUE(types && up && name && buttons);
+        QPushButton* ok = buttons->button(QDialogButtonBox::Save);
         QTest::keyClick(types, Qt::Key_Down);  // the second type
         up->click();
         emit d->currentChanged(QString::fromStdString(dir / "x.pak"));
@@ -217,38 +176,23 @@ TEST(QtFileDialogs, AHookedDialogsOkIsRefusedByAConfirmOkHandler) {
         ok->click();
     });
     dlg.ShowSave();
-    EXPECT_TRUE(ran);
     EXPECT_EQ(asked, 2);
     EXPECT_TRUE(openAfterRefusal);
     EXPECT_EQ(dlg.Filename(), dir / "chosen.pak");
-    std::string all;
-    for (const auto& e : events) all += e + " ";
-    SCOPED_TRACE(all);
-    ASSERT_GE(events.size(), 7u);
-    EXPECT_EQ(events.front(), "InitDialog");
-    EXPECT_EQ(events.back(), "DialogClose");
-    for (const char* e : {"TypeChange", "FolderChange", "FileChange"}) {
-        EXPECT_NE(std::find(events.begin(), events.end(), e), events.end()) << e;
-    }
+    EXPECT_TRUE(events.starts_with("InitDialog ") && events.ends_with(" DialogClose ")) << events;
+    for (const char* e : {"TypeChange", "FolderChange", "FileChange"}) EXPECT_NE(events.find(e), std::string::npos) << events;
     // The window's frame is known only once it shows: the centre may be off
     // by the frame's width.
     EXPECT_LE((centre - anchor.geometry().center()).manhattanLength(), 8);
-}
 
-// A failure raised by a handler while the Qt dialog runs ends the dialog and
-// reaches the caller of the Show operation.
-TEST(QtFileDialogs, AFailureInAHandlerEndsTheQtDialog) {
-    fixtures::TempDir dir;
-    QtServices services;
-    cCommonDialog dlg;
-    dlg.SetHookDialog(true);
-    dlg.SetInitDir(dir.Path());
+    // A failure raised by a handler while the Qt dialog runs ends the dialog
+    // and reaches the caller.
     dlg.SetFilter("A|*.a|B|*.b");
     dlg.Events.TypeChange.Connect([](int32_t) { RaiseError(vbErrInvalidCall); });
     WhenShown<QFileDialog>([](QFileDialog* d) {
         auto* types = d->findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
         ASSERT_NE(types, nullptr);
-        QTest::keyClick(types, Qt::Key_Down);
+        QTest::keyClick(types, Qt::Key_Up);  // the second type was kept
     });
     EXPECT_EQ(fixtures::ErrorOf([&] { dlg.ShowOpen(); }).Number, vbErrInvalidCall);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
@@ -259,33 +203,23 @@ TEST(QtColorDialogs, TheColourAndTheCustomColoursGoInAndComeBack) {
     r.color = 0x00336699;  // blue 0x33, green 0x66, red 0x99
     r.customColors[2] = 0x0000FF00;
     auto dialog = QtColorDialogService::Build(r);
-    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
     EXPECT_EQ(dialog->currentColor(), QColor(0x99, 0x66, 0x33));
     EXPECT_EQ(QColorDialog::customColor(2), QColor(0, 0xFF, 0));
     dialog->setCurrentColor(QColor(1, 2, 3));
     const ColorDialogAnswer a = QtColorDialogService::Answer(*dialog);
-    EXPECT_TRUE(a.accepted);
     EXPECT_EQ(a.color, 0x030201u);
     EXPECT_EQ(a.customColors[2], 0x00FF00u);
 }
 
 TEST(QtFontDialogs, TheRequestedFontGoesInAndTheChoiceComesBack) {
-    FontDialogRequest r;
-    r.faceName = "DejaVu Sans";
-    r.pointSize = 125;
-    r.weight = FW_BOLD;
-    r.italic = true;
-    r.underline = true;
-    r.color = 0x123456;
-    r.fixedPitchOnly = true;
+    const FontDialogRequest r{.faceName = "DejaVu Sans", .pointSize = 125, .weight = FW_BOLD, .italic = true,
+                              .underline = true, .color = 0x123456, .fixedPitchOnly = true};
     const QFont f = QtFontDialogService::FontOf(r);
     EXPECT_EQ(f.family(), QStringLiteral("DejaVu Sans"));
     EXPECT_DOUBLE_EQ(f.pointSizeF(), 12.5);
     EXPECT_TRUE(f.weight() == QFont::Bold && f.italic() && f.underline() && !f.strikeOut());
-    auto dialog = QtFontDialogService::Build(r);
-    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
-    EXPECT_TRUE(dialog->testOption(QFontDialog::MonospacedFonts));
-    EXPECT_FALSE(dialog->testOption(QFontDialog::ScalableFonts));
+    EXPECT_EQ(QtFontDialogService::Build(r)->options() & (QFontDialog::MonospacedFonts | QFontDialog::ScalableFonts),
+              QFontDialog::MonospacedFonts);
 
     const FontDialogAnswer a = QtFontDialogService::Answer(f, r);
     EXPECT_TRUE(a.accepted && a.italic && a.underline);
@@ -294,10 +228,8 @@ TEST(QtFontDialogs, TheRequestedFontGoesInAndTheChoiceComesBack) {
 }
 
 TEST(QtPrintDialogs, PaperTurnAndMarginsGoInAndComeBack) {
-    PageSetupRequest r;
-    r.paperSize = DMPAPER_LETTER;
-    r.orientation = DMORIENT_LANDSCAPE;
-    r.margins = RECT{1000, 1500, 2000, 2500};
+    const PageSetupRequest r{
+        .orientation = DMORIENT_LANDSCAPE, .paperSize = DMPAPER_LETTER, .margins = RECT{1000, 1500, 2000, 2500}};
     QPrinter printer;
     QtPrintDialogService::SetUp(printer, r);
     const PageSetupAnswer a = QtPrintDialogService::PageAnswer(printer);
@@ -309,15 +241,13 @@ TEST(QtPrintDialogs, PaperTurnAndMarginsGoInAndComeBack) {
 
     const PrintDialogRequest p{.copies = 3, .collate = true, .range = PrintRange::PageNumbers, .fromPage = 2,
                                .toPage = 4, .minPage = 1, .maxPage = 9, .noSelection = true, .hidePrintToFile = true};
-    QPrinter second;
-    QtPrintDialogService::SetUp(second, p);
-    auto dialog = QtPrintDialogService::BuildPrint(second, p);
-    EXPECT_EQ(dialog->objectName(), QStringLiteral("CommonDialog"));
+    QtPrintDialogService::SetUp(printer, p);
+    auto dialog = QtPrintDialogService::BuildPrint(printer, p);
     EXPECT_EQ(dialog->options() & (QAbstractPrintDialog::PrintPageRange | QAbstractPrintDialog::PrintSelection |
                                    QAbstractPrintDialog::PrintToFile),
               QAbstractPrintDialog::PrintPageRange);
     EXPECT_EQ(dialog->maxPage(), 9);
-    const PrintDialogAnswer answer = QtPrintDialogService::Answer(second, p);
+    const PrintDialogAnswer answer = QtPrintDialogService::Answer(printer, p);
     EXPECT_TRUE(answer.collate && answer.range == PrintRange::PageNumbers);
     EXPECT_EQ(std::to_string(answer.copies) + " " + std::to_string(answer.fromPage) + "-" + std::to_string(answer.toPage),
               "3 2-4");

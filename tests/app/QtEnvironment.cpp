@@ -7,19 +7,17 @@
 
 namespace {
 
-class QtEnvironment : public ::testing::Environment {
-public:
+int g_argc = 1;
+char g_name[] = "test_app";
+char* g_argv[] = {g_name, nullptr};
+
+struct QtEnvironment : ::testing::Environment {
     void SetUp() override {
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-        app_ = std::make_unique<QApplication>(argc_, argv_);
+        app = std::make_unique<QApplication>(g_argc, g_argv);
     }
-    void TearDown() override { app_.reset(); }
-
-private:
-    int argc_ = 1;
-    char name_[9] = "test_app";
-    char* argv_[2] = {name_, nullptr};
-    std::unique_ptr<QApplication> app_;
+    void TearDown() override { app.reset(); }
+    std::unique_ptr<QApplication> app;
 };
 
 [[maybe_unused]] ::testing::Environment* const g_environment =

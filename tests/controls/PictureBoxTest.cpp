@@ -24,8 +24,7 @@ TEST(PictureBox, ImageFollowsTheSizeInPixels) {
         EXPECT_EQ(box.ImageWidth(), c.pixelsWide);
         EXPECT_EQ(box.ImageHeight(), c.pixelsHigh);
         EXPECT_EQ(box.ImageBits() != nullptr, c.pixelsWide > 0);
-        EXPECT_EQ(box.Image() != nullptr, c.pixelsWide > 0);
-        if (box.Image()) { EXPECT_EQ(box.Image()->Width(), c.pixelsWide); }
+        EXPECT_EQ(box.Image() ? box.Image()->Width() : 0, c.pixelsWide);
     }
 }
 
@@ -37,9 +36,10 @@ TEST(PictureBox, DrawingClearingAndResizing) {
     box.Cls();
     box.PSet(1.4f, 0.6f, 0x7F0000FF);  // the high byte is not looked at
     box.PSet(-1.0f, 0.0f, 0x00FFFFFF);
+    box.PSet(3.0f, 0.0f, 0x00FFFFFF);  // beyond the row's end, not on the next row
     box.PSet(1e30f, 0.0f, 0x00FFFFFF);
     EXPECT_EQ(box.Point(1, 1), 0x0000FF);
-    EXPECT_EQ(box.Point(0, 0), 0x336699);
+    EXPECT_EQ(box.Point(0, 1), 0x336699);
     EXPECT_EQ(box.Point(3, 0), -1);
     const uint8_t* p = box.ImageBits() + (1 * 3 + 1) * 4;  // blue, green, red
     EXPECT_EQ(p[0] + p[1] * 256 + p[2] * 65536, 0xFF0000);
