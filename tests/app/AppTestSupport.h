@@ -1,14 +1,11 @@
 #pragma once
 // Helpers of the front end's tests: the user's double click, a modal dialog's
-// user, and waiting for the event loop.
+// user, and a child widget by name.
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QTest>
 #include <QTimer>
-#include <functional>
 
 namespace apptest {
 
@@ -19,18 +16,6 @@ inline void DoubleClick(QWidget* widget, QPoint pos) {
     QTest::mouseRelease(widget, Qt::LeftButton, {}, pos);
     QTest::mouseDClick(widget, Qt::LeftButton, {}, pos);
     QTest::mouseRelease(widget, Qt::LeftButton, {}, pos);
-}
-
-// Lets the event loop run until a condition holds; it gives up after a
-// generous while, so that a broken condition fails instead of hanging.
-inline bool EventsUntil(const std::function<bool()>& condition) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 10000) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return true;
 }
 
 // Plays the user's part once the modal dialog of kind Dialog is up.

@@ -145,6 +145,7 @@ TEST(FileSystemLists, TheFolderListHoldsTheChainAndTheFileListTheFiles) {
     EXPECT_TRUE(files.Select("y"));
     EXPECT_EQ(clicks, 2);
     EXPECT_FALSE(files.Select("a"));
+    EXPECT_EQ(fixtures::ErrorOf([&] { files.List(2); }).Number, 381);
     files.SetPath(dir / "a");
     EXPECT_EQ(files.FileName(), "");
     EXPECT_EQ(fixtures::ErrorOf([&] { files.SetPath(dir / "none"); }).Number, 76);
