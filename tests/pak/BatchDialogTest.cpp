@@ -39,7 +39,17 @@ TEST_F(BatchDialog, PatternsArePrefixAndTailWithoutQuestionMarks) {
     }
 }
 
+// Without the archiver the dialog says so and closes at once; without a PAK
+// or a script it says what is missing and stays open.
 TEST_F(BatchDialog, ValidationMessagesKeepTheDialogOpen) {
+    g_sPkzipPath.clear();
+    frmScript missing{main};
+    missing.Form_Load();
+    missing.Form_Activate();
+    ASSERT_EQ(boxes.Calls.size(), 1u);
+    EXPECT_EQ(boxes.Calls[0].title, "Missing Utility");
+    EXPECT_EQ(boxes.Calls[0].buttons & vbCritical, vbCritical);
+    EXPECT_TRUE(missing.IsUnloaded());
     form.Form_Load();
     const std::string none = dir / "none.pak";
     const struct {
