@@ -108,16 +108,19 @@ TEST_F(MeshFile, ShowReportsWhatTheFileHolds) {
         {"a file that ends inside a table reads the rest as zeros",
          Mesh([](MeshSpec& m) { m.Truncate = LayoutOf(m).Body + 4 + 16 * 3 + 6; }, true), true, true, Counts(8, 0, 0),
          k4M, [](const CMeshFile& mesh) { EXPECT_EQ(mesh.Vertices()(3).x + mesh.Vertices()(3).y, -1.0f); }},
-        // A text keeps its zero bytes; a table holds the indices 0 to its count.
-        {"texture records behind the end read as empty",
-         Mesh([](MeshSpec& m) { m.Textures = {Texture("a\0b"s)}, m.TextureCount = 3; }), true, true,
-         Counts(3, 1, 3) + "Info# 0\r\n a) a\0b\r\n b) \r\n c) \r\n d) \r\n"s + "Info# 1\r\n" + empty4 + "Info# 2\r\n" +
-             empty4,
+        // Records are numbered from zero, a text keeps its zero bytes, and a
+        // table holds the indices 0 to its count.
+        {"texture records behind the end read as empty", Mesh([](MeshSpec& m) {
+             m.Textures.push_back(Texture("a\0b"s)), m.TextureCount = 4;
+         }, true),
+         true, true,
+         Counts(8, 12, 4) + "Info# 0\r\n a) stone.btm\r\n b) stone.plt\r\n c) walls\r\n d) granite\r\n"
+                            "Info# 1\r\n a) wood.btm\r\n b) \r\n c) lid\r\n d) oak\r\n"
+                            "Info# 2\r\n a) a\0b\r\n b) \r\n c) \r\n d) \r\nInfo# 3\r\n"s + empty4,
          k4M,
          [](const CMeshFile& mesh) {
-             EXPECT_LE(mesh.TextureInfos().StoredCount(), 2u);
-             EXPECT_EQ(mesh.Vertices()(3).x, 0.0f);
-             EXPECT_THROW(mesh.Vertices()(4), RuntimeError);
+             EXPECT_EQ(mesh.Vertices()(8).x, 0.0f);
+             EXPECT_THROW(mesh.Vertices()(9), RuntimeError);
          }},
         {"a text that runs past the end is padded with zeros", Mesh([](MeshSpec& m) {
              m.Textures = {Texture("abcdef", 9)};
