@@ -36,14 +36,10 @@ struct EventLog {
         for (const auto& [event, name] : {std::pair{&e.InitDialog, "InitDialog"}, {&e.FileChange, "FileChange"},
                                           {&e.FolderChange, "FolderChange"}, {&e.TypeChange, "TypeChange"}})
             event->Connect([this, name = name](int32_t hDlg) { lines.push_back(name + ("(" + std::to_string(hDlg) + ")")); });
-        e.ConfirmOK.Connect([this](bool& bRefuse) {
-            lines.push_back("ConfirmOK");
-            bRefuse = refuse;
-        });
+        e.ConfirmOK.Connect([this](bool&) { lines.push_back("ConfirmOK"); });
         e.DialogClose.Connect([this] { lines.push_back("DialogClose"); });
     }
     Lines lines;
-    bool refuse = false;
 };
 
 }  // namespace
@@ -90,7 +86,6 @@ TEST_F(FileDialog, TheChooserGetsWhatTheCallerSet) {
     EXPECT_EQ(dlg.FileTitle(), "world.pak");
     // Filter now holds the chosen pair, its parts split by a zero character.
     EXPECT_EQ(dlg.Filter(), std::string("Pak Files (*.pak)\0*.pak", 23));
-    EXPECT_TRUE(dlg.IsFileDialog());
 
     // A direct caller opens one file that must exist; a colon splits a name.
     OpenFileNameArgs args;
@@ -102,8 +97,7 @@ TEST_F(FileDialog, TheChooserGetsWhatTheCallerSet) {
 }
 
 // What comes back: the name, with the chosen pattern's extension on a save,
-// the filter index and the default extension. A choice of "" cancels, "*"
-// accepts the proposed name "model.msh" in "/out".
+// the filter index and the default extension. A choice of "" cancels.
 TEST(FileDialogAnswer, ComesBackInTheProperties) {
     struct Row {
         bool save;
@@ -116,7 +110,7 @@ TEST(FileDialogAnswer, ComesBackInTheProperties) {
     const std::string pak = "Pak Files (*.pak)|*.pak", x = "Direct X Model (*.x)|*.x";
     const Row rows[] = {
         {true, pak, 1, "/out/ARCHIVE.PAK", 1, "/out/ARCHIVE.PAK 1 .pak"},  // the comparison ignores case
-        {true, x, 1, "*", 1, "/out/model.msh.x 1 .x"},                     // after it all
+        {true, x, 1, "/out/model.msh", 1, "/out/model.msh.x 1 .x"},        // after it all
         {true, x, 1, "/out/mox", 1, "/out/mox 1 .x"},  // a name that merely ends in the letter gets nothing
         {true, "All (*.*)|*.*", 1, "/out/plain", 1, "/out/plain 1 ."},
         {true, pak + "|Raw stream (*.dcl)|*.dcl", 1, "/out/member", 2, "/out/member.dcl 2 .dcl"},
@@ -126,7 +120,7 @@ TEST(FileDialogAnswer, ComesBackInTheProperties) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.got);
         ScriptedFileDialogs user;
-        row.choice.empty() ? user.Cancel() : row.choice == "*" ? user.AcceptProposed() : user.Choose(row.choice, row.chosenIndex);
+        row.choice.empty() ? user.Cancel() : user.Choose(row.choice, row.chosenIndex);
         cCommonDialog d;
         d.SetFilter(row.filter);
         d.SetFilterIndex(row.filterIndex);
@@ -232,10 +226,9 @@ TEST(MultiFileName, SplitsAPathOrAList) {
 }
 
 // A hooked file dialog's changes reach the events in the order the user made
-// them, on the hook's child window of the dialog; a ConfirmOK handler that
-// sets bRefuse keeps the dialog open, and the user's next choice is taken.
-// While a dialog is up every hook procedure forwards to it and the codes that
-// it never sends are ignored; after it, also after a failing handler, none is held.
+// them, on the hook's child window of the dialog. While a dialog is up every
+// hook procedure forwards to it and the codes that it never sends are
+// ignored; after it none is held.
 TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
     struct Row {
         uint32_t msg;
@@ -279,25 +272,21 @@ TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
         for (Proc proc : procs) proc(7, WM_NCDESTROY, 0, 0);
         EXPECT_EQ(log.lines, Lines(6, "DialogClose"));
         log.lines = before;
-        log.refuse = true;
     });
-    dlg.Events.ConfirmOK.Connect([&](bool&) { log.refuse = false; });  // only the first choice is refused
     dlg.SetFilter("Pak|*.pak|All|*.*");
     user.Report(DialogEvent::TypeChanged)
         .Report(DialogEvent::FolderChanged)
         .Report(DialogEvent::SelectionChanged)
-        .Choose("/games/refused.pak")
         .Choose("/games/world.pak");
     dlg.ShowOpen();
-    EXPECT_EQ(user.Refused, (std::vector<Lines>{{"/games/refused.pak"}}));
     const int32_t hDialog = user.Requests.at(0).hwndDialog;
     EXPECT_NE(hDialog, 0);
     EXPECT_EQ(parent, hDialog);
-    ASSERT_EQ(log.lines.size(), 7u);
+    ASSERT_EQ(log.lines.size(), 6u);
     const std::string child = log.lines[0].substr(11, log.lines[0].size() - 12);
     const std::string c = "(" + child + ")";
     EXPECT_EQ(log.lines, (Lines{"InitDialog" + c, "TypeChange" + c, "FolderChange" + c, "FileChange" + c, "ConfirmOK",
-                                "ConfirmOK", "DialogClose"}));
+                                "DialogClose"}));
     EXPECT_EQ(dlg.Filename(), "/games/world.pak");
     EXPECT_EQ(GetParent(std::stoi(child)), 0);  // the dialog's windows are gone with it
     EXPECT_EQ(mDialogHook::GetDialogObject(), nullptr);
@@ -316,10 +305,6 @@ TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
         show();
         EXPECT_EQ(log.lines, (Lines{"InitDialog(" + std::to_string(dialogWindow()) + ")", "DialogClose"}));
     }
-    dlg.Events.InitDialog.Connect([](int32_t) { RaiseError(vbErrInvalidCall); });
-    EXPECT_EQ(ErrorOf([&] { dlg.ShowOpen(); }).Number, vbErrInvalidCall);
-    EXPECT_EQ(mDialogHook::GetDialogObject(), nullptr);
-    EXPECT_EQ(dlg.Dialog().DialogObject(), nullptr);
 
     // Unhooked, a dialog reports nothing and has no window.
     dlg.SetHookDialog(false);
@@ -332,41 +317,35 @@ TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
     EXPECT_EQ(dlg.Filename(), "/games/other.pak");
 }
 
-// CentreDialog centres on the window named by the object, else on the work
-// area, else on the screen; the dialog is the parent of hDlg after a file
-// dialog. GetDialogSize reads the same window.
+// Without the window that the object names, CentreDialog centres on the work
+// area, else on the screen; GetDialogSize reads the same window.
 TEST(DialogHook, CentreDialogAndItsFallbacks) {
-    const int32_t dialog = CreateDialogWindow(0);
-    const int32_t child = CreateDialogWindow(dialog);
-    enum Object { Window, Unknown, NoHwnd, None };
+    const int32_t child = CreateDialogWindow(0);
+    enum Object { Unknown, NoHwnd, None };
     struct Row {
-        bool fileDialog;
         Object object;
         bool workArea, screen;
         std::vector<int32_t> to;  // left, top, width, height; where it was when it didn't move
     };
     const Row rows[] = {
-        {true, Window, true, true, {125, 110, 50, 80}},  {false, NoHwnd, true, true, {25, 75, 50, 80}},
-        {false, None, false, true, {375, 260, 50, 80}}, {false, Unknown, true, true, {10, 20, 50, 80}},
+        {NoHwnd, true, true, {25, 75, 50, 80}},
+        {None, false, true, {375, 260, 50, 80}},
+        {Unknown, true, true, {10, 20, 50, 80}},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(std::to_string(row.object) + (row.fileDialog ? " file" : "") + (row.workArea ? " work" : "") +
-                     (row.screen ? " screen" : ""));
+        SCOPED_TRACE(row.object);
         fixtures::ScriptedWindows screen;
-        screen.Windows[dialog] = screen.Windows[child] = RECT{10, 20, 60, 100};  // 50 by 80
-        screen.Windows[0x104] = RECT{100, 100, 201, 200};                         // odd width: the half truncates
-        if (row.workArea) screen.Work = RECT{0, 30, 100, 200};
-        if (row.screen) screen.ScreenWidth = 800, screen.ScreenHeight = 600;
-        ScriptedFileDialogs user;
+        screen.Windows[child] = RECT{10, 20, 60, 100};                  // 50 by 80
+        if (row.workArea) screen.Work = RECT{0, 30, 101, 200};  // odd width: the half truncates
+        if (row.screen) screen.Screen = {800, 600};
         cCommonDialog dlg;
-        if (row.fileDialog) dlg.ShowOpen();  // cancelled; the object is now a file dialog's
         PropertyBag withoutHwnd;
-        WindowObject window(row.object == Window ? 0x104 : 0x9990);
+        WindowObject window(0x9990);
         dlg.CentreDialog(child, row.object == None ? nullptr : row.object == NoHwnd ? static_cast<const ILateBound*>(&withoutHwnd) : &window);
         const bool moves = row.to[0] != 10;
         ASSERT_EQ(screen.Moves.size(), moves ? 1u : 0u);
         for (const auto& m : screen.Moves) {
-            EXPECT_EQ(m.hWnd, row.fileDialog ? dialog : child);
+            EXPECT_EQ(m.hWnd, child);
             EXPECT_EQ(std::vector<int32_t>({m.rect.left, m.rect.top, m.rect.right - m.rect.left, m.rect.bottom - m.rect.top}), row.to);
             EXPECT_TRUE(m.repaint);
         }
@@ -375,5 +354,4 @@ TEST(DialogHook, CentreDialogAndItsFallbacks) {
         EXPECT_EQ(size, row.to);
     }
     DestroyDialogWindow(child);
-    DestroyDialogWindow(dialog);
 }
