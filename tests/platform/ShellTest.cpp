@@ -45,7 +45,6 @@ TEST_F(ShellTest, TheCommandShellStartsTheRunnerOnTheCommandFileAlone) {
         EXPECT_TRUE(ShellCommandArgs("cmd", params, false, got).empty()) << params;
         EXPECT_EQ(got, ERROR_BAD_FORMAT) << params;
     }
-    EXPECT_EQ(ShellExecuteA(0, "print", "cmd", "/c \"x\"", "", 1), SE_ERR_NOASSOC);
     EXPECT_EQ(ShellExecuteA(0, "open", "cmd", "/c \"x\"", tmp / "missing", 1), SE_ERR_PNF);
     App::SetExecutable(tmp.Path(), "quarrin");
     EXPECT_EQ(ShellExecuteA(0, "open", "cmd", "/c \"x\"", "", 1), SE_ERR_FNF);
