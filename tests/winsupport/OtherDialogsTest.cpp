@@ -212,10 +212,8 @@ TEST(Dialogs, PageSetupConvertsToAndFromTheCallersUnit) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.asked);
         fixtures::ScriptedPrintDialogs user;
-        PageSetupAnswer answer;
-        answer.margins = RECT{1270, 1270, 1270, 1270};
-        answer.paper = POINT{21000, 29700};
-        user.SetUp(answer);
+        user.SetUp(PageSetupAnswer{.accepted = true, .paper = POINT{21000, 29700},
+                                   .margins = RECT{1270, 1270, 1270, 1270}});
         PageSetupArgs args;
         args.Owner = 0x104;
         args.DisableOrientation = true;

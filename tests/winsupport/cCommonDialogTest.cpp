@@ -231,15 +231,14 @@ TEST(MultiFileName, SplitsAPathOrAList) {
 // ignored; after it none is held.
 TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
     struct Row {
-        uint32_t msg;
         std::optional<uint32_t> code;  // WM_NOTIFY's code; none: lParam 0
         std::string event;
         int32_t msgResult;  // DWL_MSGRESULT afterwards; -7 where it is not touched
     };
     const Row rows[] = {
-        {WM_NOTIFY, CDN_FILEOK, "ConfirmOK", 0},
-        {WM_NOTIFY, CDN_INITDONE, "", -7},
-        {WM_NOTIFY, {}, "", -7},
+        {CDN_FILEOK, "ConfirmOK", 0},
+        {CDN_INITDONE, "", -7},
+        {{}, "", -7},
     };
     using Proc = intptr_t (*)(int32_t, uint32_t, uintptr_t, intptr_t);
     const Proc procs[] = {mDialogHook::FileDialogHookProc, mDialogHook::PrintHookProc, mDialogHook::PrintSetupHookProc,
@@ -258,13 +257,12 @@ TEST(DialogHook, AHookedDialogReportsToTheEventsWhileItIsUp) {
         EXPECT_EQ(dlg.Dialog().DialogObject(), &dlg);
         const Lines before = log.lines;
         for (const Row& row : rows) {
-            SCOPED_TRACE(std::to_string(row.msg) + " " + std::to_string(row.code.value_or(0)));
+            SCOPED_TRACE(row.code.value_or(0));
             log.lines.clear();
             SetWindowLongA(hDlg, DWL_MSGRESULT, -7);
-            NMHDR header;
-            header.code = row.code.value_or(0);
+            NMHDR header{.code = row.code.value_or(0)};
             const intptr_t lParam = row.code ? reinterpret_cast<intptr_t>(&header) : 0;
-            EXPECT_EQ(mDialogHook::FileDialogHookProc(hDlg, row.msg, 0, lParam), 0);
+            EXPECT_EQ(mDialogHook::FileDialogHookProc(hDlg, WM_NOTIFY, 0, lParam), 0);
             EXPECT_EQ(log.lines, row.event.empty() ? Lines{} : Lines{row.event});
             EXPECT_EQ(GetWindowLongA(hDlg, DWL_MSGRESULT), row.msgResult);
         }

@@ -46,7 +46,6 @@ TEST_F(RegistryObject, WritesByKindAndReadsByTheStoredType) {
         {"nozero", REG_NONE, Variant(), REG_SZ, Variant("")},
         {"dw", REG_NONE, Variant(), REG_DWORD, Variant(int32_t{-2})},
         {"missing", REG_NONE, Variant(), REG_DWORD, Variant("fallback")},  // the default, and the type stays
-        {"v1", REG_SZ, Variant("/data/unpak/"), REG_SZ, Variant("/data/unpak/")},
         {"v3", REG_SZ, Variant(true), REG_SZ, Variant("True")},
         {"v4", REG_DWORD, Variant(int16_t{-2}), REG_DWORD, Variant(int32_t{-2})},
         {"v5", REG_DWORD_BIG_ENDIAN, Variant(int32_t{0x01020304}), REG_DWORD, Variant(0x01020304)},
