@@ -7,7 +7,7 @@
 #include <string>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/MeshBuilder.h"
+#include "samples/MeshBuilder.h"
 #include "meshes/CMeshFile.h"
 #include "platform/Files.h"
 

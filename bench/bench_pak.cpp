@@ -14,7 +14,7 @@
 
 #include "controls/ListView.h"
 #include "fixtures/ByteWriter.h"
-#include "fixtures/PakBuilder.h"
+#include "samples/PakBuilder.h"
 #include "pak/CPAKFile.h"
 #include "pak/ZipWrapper.h"
 

@@ -10,7 +10,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/PictureBuilder.h"
-#include "fixtures/PlanarBuilder.h"
+#include "samples/PlanarBuilder.h"
 #include "identify/IFileHost.h"
 #include "pictures/CBtm.h"
 #include "pictures/CTGAFile.h"

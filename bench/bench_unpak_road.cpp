@@ -11,7 +11,7 @@
 #include <map>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/PakBuilder.h"
+#include "samples/PakBuilder.h"
 #include "platform/Shell.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/WavBuilder.h"
+#include "samples/WavBuilder.h"
 #include "platform/Files.h"
 #include "platform/NullAudio.h"
 #include "platform/Windows.h"

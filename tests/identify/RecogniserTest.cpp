@@ -6,9 +6,9 @@
 #include <new>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/MeshBuilder.h"
-#include "fixtures/PakBuilder.h"
-#include "fixtures/PlanarBuilder.h"
+#include "samples/MeshBuilder.h"
+#include "samples/PakBuilder.h"
+#include "samples/PlanarBuilder.h"
 #include "hexview/CBINFile.h"
 #include "identify/CNerhaltFiles.h"
 #include "identify/modGlobal.h"

@@ -11,7 +11,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/ErrorOf.h"
-#include "fixtures/MeshBuilder.h"
+#include "samples/MeshBuilder.h"
 #include "fixtures/Programs.h"
 #include "meshes/DirectXModel.h"
 #include "identify/modGlobal.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/MeshBuilder.h"
+#include "samples/MeshBuilder.h"
 #include "fixtures/ScriptedDialogs.h"
 #include "identify/modGlobal.h"
 #include "meshes/CMeshFile.h"

@@ -8,8 +8,8 @@
 #include <filesystem>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/MeshBuilder.h"
-#include "fixtures/PakBuilder.h"
+#include "samples/MeshBuilder.h"
+#include "samples/PakBuilder.h"
 #include "fixtures/Programs.h"
 #include "fixtures/RegistryHome.h"
 #include "pak/ZipWrapper.h"
@@ -123,8 +123,8 @@ TEST_F(PakCli, NamesFromFilesAreEscapedOnATerminalAndInErrors) {
         bool terminal;
         std::string expected;  // in the output, or for a failure in the error text
     } cases[] = {
-        {{"pak", "list", "h.pak"}, true, shown + "\t               3\t               3\tt\\x1Bxt\t"},
-        {{"pak", "list", "h.pak"}, true, "b\\xE9ton.bin\t"},
+        {{"pak", "list", "h.pak"}, true,
+         shown + "\t               3\t               3\tt\\x1Bxt\t" + std::to_string(h.DataOffset(0)) + "\nb\\xE9ton.bin\t"},
         {{"pak", "list", "h.pak"}, false, hostile + "\t               3\t               3\tt\x1bxt\t" + std::to_string(h.DataOffset(0)) +
                                               "\nb\xE9ton.bin\t               1\t              40\tbin\t" + std::to_string(h.DataOffset(1)) + "\n"},
         {{"mesh", "report", "h.msh"}, true, " a) " + shown + "\r\n"},
@@ -184,11 +184,8 @@ TEST_F(PakCli, HostileInputs) {
         {"a destination whose name holds a line end", {"quarrin-cli", "pak", "unpak", "big.pak", lineEnd, "--run"},
          RLIM_INFINITY, "line end"},
         {"a named pipe", {"quarrin-cli", "select", pipe}, RLIM_INFINITY, ""},
-        {"a named pipe", {"quarrin-cli", "preview", pipe}, RLIM_INFINITY, ""},
-        {"a named pipe", {"quarrin-cli", "hex", pipe}, RLIM_INFINITY, ""},
         {"a named pipe", {"quarrin-cli", "pak", "list", pipe}, RLIM_INFINITY, ""},
         {"a named pipe", {"quarrin-cli", "pak", "unpak", pipe, "dest"}, RLIM_INFINITY, ""},
-        {"a named pipe", {"quarrin-cli", "mesh", "report", pipe}, RLIM_INFINITY, ""},
         {"a named pipe", {"quarrin-runbat", pipe}, RLIM_INFINITY, ""},
         {"a named pipe", {"quarrin-pkzip", "-Extract", "pipe.pak"}, RLIM_INFINITY, ""},
         {"not an archive", {"quarrin-pkzip", "-Extract", "z\x1b[2J.zip"}, RLIM_INFINITY, "quarrin-pkzip: z\\x1B[2J.zip: not every entry"},

@@ -8,7 +8,7 @@
 #include <map>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/PakBuilder.h"
+#include "samples/PakBuilder.h"
 #include "fixtures/Programs.h"
 #include "fixtures/RegistryHome.h"
 #include "fixtures/ScriptedDialogs.h"
@@ -164,6 +164,29 @@ struct HostileRow {
     bool behind = false;          // the attacking members come behind the honest ones
 };
 
+// Member names that must never be taken as paths or commands: parent folders,
+// absolute and drive paths, leading separators, quotes, wildcards, line
+// breaks, an embedded zero byte, bytes above 127, and empty and dot names.
+const std::vector<std::string> kHostileNames = {
+    "../x",
+    "..\\..\\escape.txt",
+    "data\\..\\..\\up.txt",
+    "/abs",
+    "c:\\x",
+    "C:relative.txt",
+    "\\lead",
+    "name\"quote\".txt",
+    "line\r\nbreak.txt",
+    "lf\nonly.txt",
+    std::string("zero\0byte.txt", 13),
+    "\xE9t\xE9 \xFF.txt",
+    "",
+    ".",
+    "..",
+    "trailing\\",
+    "a*?.txt",
+};
+
 const std::string kHonestStored = "an honest stored member\r\n";
 const std::string kHonestImploded = Pattern(9000, 7);
 
@@ -179,7 +202,7 @@ std::vector<HostileRow> HostileRows() {
         // outside the destination, and a name that is safe comes out whole.
         rows.push_back({imploded ? "hostile names, imploded" : "hostile names, stored",
                         [add](Sandbox&, fixtures::PakBuilder& b) {
-                            for (const std::string& name : fixtures::HostileNames()) add(b, name, Pattern(5000, 6));
+                            for (const std::string& name : kHostileNames) add(b, name, Pattern(5000, 6));
                         }});
     }
     rows.push_back({"linked folder and file in the destination", [](Sandbox& s, fixtures::PakBuilder& b) {

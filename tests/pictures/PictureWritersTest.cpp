@@ -5,7 +5,7 @@
 #include "fixtures/ByteWriter.h"
 #include "fixtures/Judges.h"
 #include "fixtures/PictureBuilder.h"
-#include "fixtures/PlanarBuilder.h"
+#include "samples/PlanarBuilder.h"
 #include "fixtures/Programs.h"
 #include "pictures/BmpWriter.h"
 #include "pictures/SavePicture.h"

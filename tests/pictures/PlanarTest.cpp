@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/PlanarBuilder.h"
+#include "samples/PlanarBuilder.h"
 #include "identify/IFileHost.h"
 #include "pictures/CBtm.h"
 #include "pictures/CPLTFile.h"

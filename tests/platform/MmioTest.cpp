@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/WavBuilder.h"
+#include "samples/WavBuilder.h"
 #include "platform/Mmio.h"
 
 using fixtures::RiffChunk;

@@ -8,7 +8,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/Programs.h"
-#include "fixtures/SampleSet.h"
+#include "samples/SampleSet.h"
 
 using namespace fixtures;
 

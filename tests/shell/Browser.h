@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "fixtures/ByteWriter.h"
-#include "fixtures/GameFiles.h"
-#include "fixtures/MeshBuilder.h"
-#include "fixtures/PakBuilder.h"
+#include "samples/GameFiles.h"
+#include "samples/MeshBuilder.h"
+#include "samples/PakBuilder.h"
 #include "fixtures/PictureBuilder.h"
-#include "fixtures/PlanarBuilder.h"
+#include "samples/PlanarBuilder.h"
 #include "platform/Picture.h"
 #include "shell/frmMain.h"
 

@@ -8,7 +8,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/RegistryHome.h"
-#include "fixtures/SampleSet.h"
+#include "samples/SampleSet.h"
 #include "fixtures/ScriptedDialogs.h"
 #include "identify/modGlobal.h"
 #include "pak/ZipWrapper.h"

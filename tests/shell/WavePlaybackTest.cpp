@@ -2,7 +2,7 @@
 
 #include "fixtures/ByteWriter.h"
 #include "fixtures/RegistryHome.h"
-#include "fixtures/WavBuilder.h"
+#include "samples/WavBuilder.h"
 #include "platform/NullAudio.h"
 #include "platform/Runtime.h"
 #include "platform/Windows.h"

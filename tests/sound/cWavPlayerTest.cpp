@@ -5,7 +5,7 @@
 #include "fixtures/ByteWriter.h"
 #include "fixtures/ErrorOf.h"
 #include "fixtures/Programs.h"
-#include "fixtures/WavBuilder.h"
+#include "samples/WavBuilder.h"
 #include "platform/Files.h"
 #include "platform/NullAudio.h"
 #include "platform/Windows.h"
