@@ -189,6 +189,9 @@ TEST(RegistryHives, TheMachineHiveIsReadOnly) {
     EXPECT_EQ(Query("Software\\Selvane\\Directory", "Directory", HKEY_LOCAL_MACHINE), Sz("/games/selvane/"));
     HKEY h = 0;
     EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "Software\\Selvane\\Directory", 0, 63, &h), ERROR_ACCESS_DENIED);
+    // A missing key is not made, even for reading alone.
+    EXPECT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "Software\\New", 0, "", 0, KEY_READ, nullptr, &h, nullptr),
+              ERROR_ACCESS_DENIED);
     EXPECT_EQ(RegDeleteKeyA(HKEY_LOCAL_MACHINE, "Software\\Selvane\\Directory"), ERROR_ACCESS_DENIED);
     // An existing key may still be opened by create when nothing is to be written.
     DWORD disposition = 0;
